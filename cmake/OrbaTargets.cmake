@@ -1,0 +1,72 @@
+# Targets of the library: one object library per processor class for the kernels, one for everything
+# that runs on any processor, and from these the shared library (the product) and a static one that
+# tests and benchmarks link to reach the internals.
+
+add_library(orba_options INTERFACE)
+target_include_directories(orba_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+# Contraction is off everywhere: a fused operation is one that the source spells out.
+target_compile_options(orba_options INTERFACE
+  -ffp-contract=off -fvisibility=hidden -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion
+  $<$<BOOL:${ORBA_WERROR}>:-Werror>)
+
+# Instruction sets of the kernel classes; class 4 is an empty slot.
+set(ORBA_KERNEL_CLASSES 0 1 2 3 5)
+set(ORBA_CLASS_0_FLAGS -march=x86-64)
+set(ORBA_CLASS_1_FLAGS -march=x86-64)
+set(ORBA_CLASS_2_FLAGS -march=x86-64 -msse4.2 -mpopcnt)
+set(ORBA_CLASS_3_FLAGS -march=x86-64 -mavx2 -mfma -mbmi -mlzcnt -mpclmul -mpopcnt)
+set(ORBA_CLASS_5_FLAGS ${ORBA_CLASS_3_FLAGS} -mavx512f -mavx512dq -mavx512bw -mavx512vl
+                       -mprefer-vector-width=512)
+
+# Compiles the same sources once per processor class into object libraries PREFIX_c0 ... PREFIX_c5.
+function(orba_add_class_objects prefix)
+  foreach(class IN LISTS ORBA_KERNEL_CLASSES)
+    set(target ${prefix}_c${class})
+    add_library(${target} OBJECT ${ARGN})
+    target_link_libraries(${target} PRIVATE orba_options)
+    target_compile_definitions(${target} PRIVATE ORBA_CLASS=${class} ORBA_CLASS_NAMESPACE=c${class})
+    target_compile_options(${target} PRIVATE ${ORBA_CLASS_${class}_FLAGS}
+      $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-math-errno>)
+  endforeach()
+endfunction()
+
+file(GLOB_RECURSE ORBA_BASE_SOURCES CONFIGURE_DEPENDS
+  ${PROJECT_SOURCE_DIR}/serv/*.cpp ${PROJECT_SOURCE_DIR}/vm/frame/*.cpp)
+file(GLOB_RECURSE ORBA_KERNEL_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/vm/kernels/*.cpp)
+
+add_library(orba_base OBJECT ${ORBA_BASE_SOURCES})
+target_link_libraries(orba_base PRIVATE orba_options)
+target_compile_options(orba_base PRIVATE -march=x86-64 -fno-exceptions -fno-rtti)
+orba_add_class_objects(orba_kernels ${ORBA_KERNEL_SOURCES})
+
+set(ORBA_OBJECTS $<TARGET_OBJECTS:orba_base>)
+foreach(class IN LISTS ORBA_KERNEL_CLASSES)
+  list(APPEND ORBA_OBJECTS $<TARGET_OBJECTS:orba_kernels_c${class}>)
+endforeach()
+
+# The export list comes from the function table through the preprocessor.
+set(ORBA_EXPORT_MAP ${PROJECT_BINARY_DIR}/orba.map)
+add_custom_command(
+  OUTPUT ${ORBA_EXPORT_MAP}
+  COMMAND ${CMAKE_CXX_COMPILER} -E -P -x c++ -I${PROJECT_SOURCE_DIR}
+          ${PROJECT_SOURCE_DIR}/vm/frame/exports.map.in -o ${ORBA_EXPORT_MAP}
+  DEPENDS ${PROJECT_SOURCE_DIR}/vm/frame/exports.map.in ${PROJECT_SOURCE_DIR}/vm/functions.def
+          ${PROJECT_SOURCE_DIR}/vm/function_table.h
+  VERBATIM)
+add_custom_target(orba_export_map DEPENDS ${ORBA_EXPORT_MAP})
+
+add_library(orba SHARED ${ORBA_OBJECTS})
+add_dependencies(orba orba_export_map)
+set_target_properties(orba PROPERTIES
+  VERSION ${PROJECT_VERSION} SOVERSION 1 LINK_DEPENDS ${ORBA_EXPORT_MAP} LINKER_LANGUAGE CXX)
+target_link_options(orba PRIVATE -Wl,--version-script=${ORBA_EXPORT_MAP} -Wl,-z,defs -Wl,-z,now)
+target_include_directories(orba INTERFACE
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+target_link_libraries(orba PRIVATE ${CMAKE_DL_LIBS} Threads::Threads)
+add_library(Orba::orba ALIAS orba)
+
+# The same objects with their internals within reach, for tests and benchmarks.
+add_library(orba_internal STATIC ${ORBA_OBJECTS})
+set_target_properties(orba_internal PROPERTIES LINKER_LANGUAGE CXX)
+target_include_directories(orba_internal INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+target_link_libraries(orba_internal INTERFACE ${CMAKE_DL_LIBS} Threads::Threads)

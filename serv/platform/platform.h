@@ -1,0 +1,49 @@
+// Everything the library asks of the operating system. A port to another system is another source
+// beside platform_linux.cpp; no other folder includes a system header of this kind.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+namespace orba::serv::platform {
+
+// Value of an environment variable, with its NUL, into `buffer` of `size` bytes (a negative size
+// counts as 0). Returns the length, 0 when absent or empty; when the value with its NUL does not
+// fit, minus the size it needs, and the buffer's contents are not defined.
+int read_environment(const char* name, char* buffer, int size) noexcept;
+
+// Gives the processor to another thread.
+void yield_processor() noexcept;
+
+// Ends the process at once with this exit code; no exit handlers run.
+[[noreturn]] void terminate_process(int exit_code) noexcept;
+
+// True when the code runs out of a shared module, false when it is linked into the executable.
+bool loaded_as_module() noexcept;
+
+// A private heap for per-thread blocks: zeroed blocks, null on failure.
+bool create_private_heap() noexcept;
+void* private_heap_allocate(size_t size) noexcept;
+void private_heap_free(void* block) noexcept;
+void destroy_private_heap() noexcept;
+
+// One pointer per thread, null at the start of a thread. initial-exec: one load off the thread
+// register, no call (the slot is 8 bytes, which fits the surplus kept for late-loaded modules).
+extern thread_local constinit void* thread_slot __attribute__((tls_model("initial-exec")));
+
+// Makes the system call `on_thread_detach` (serv/module.h) when the calling thread ends.
+// False when the system can't (out of thread-specific keys or memory).
+bool watch_thread_exit() noexcept;
+
+// Writes a text to the standard output stream and flushes all streams.
+void write_standard_output(const char* text) noexcept;
+
+// One attempt to open the localised message catalog; null where the platform has none.
+// `catalog_text` gives the text of a message number, null when the catalog has none.
+void* open_message_catalog() noexcept;
+const char* catalog_text(void* catalog, int number, char* buffer, size_t size) noexcept;
+
+// errno of the calling thread's runtime.
+void set_runtime_errno(int value) noexcept;
+
+}  // namespace orba::serv::platform
