@@ -1,0 +1,175 @@
+/* The vector functions; part of orba_kam.h, which includes this file.
+ * Made by tools/make_header.py from vm/functions.def: change it there.
+ *
+ * Each function comes in four forms per element type (s float, d double, c and z their complex):
+ *   vdAdd   runs under the mode of the calling thread (accuracy, error handling, denormals);
+ *   vmdAdd  runs under `mode` merged into the thread's mode, and merges the old word back: a field
+ *           that was zero there keeps the value that `mode` gave it;
+ *   vdadd, vmdadd  the same with everything but the arrays passed by pointer.
+ * A negative n sets KAM_STATUS_BADSIZE, a null array KAM_STATUS_BADMEM; both are reported on the
+ * standard output and leave all arrays as they are. With n = 0 nothing happens. What a function
+ * makes of an element out of its domain is said with the function. */
+
+/* Sum a + b. IEEE 754 addition, correctly rounded at every accuracy.
+ * Complex: KAM_STATUS_OVERFLOW at LA and HA when finite parts give an infinite part. */
+void vsAdd(int32_t n, const float* a, const float* b, float* y);
+void vmsAdd(int32_t n, const float* a, const float* b, float* y, uint32_t mode);
+void vsadd(const int32_t* n, const float* a, const float* b, float* y);
+void vmsadd(const int32_t* n, const float* a, const float* b, float* y, const uint32_t* mode);
+void vdAdd(int32_t n, const double* a, const double* b, double* y);
+void vmdAdd(int32_t n, const double* a, const double* b, double* y, uint32_t mode);
+void vdadd(const int32_t* n, const double* a, const double* b, double* y);
+void vmdadd(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);
+void vcAdd(int32_t n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y);
+void vmcAdd(int32_t n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y, uint32_t mode);
+void vcadd(const int32_t* n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y);
+void vmcadd(const int32_t* n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y,
+            const uint32_t* mode);
+void vzAdd(int32_t n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y);
+void vmzAdd(int32_t n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y,
+            uint32_t mode);
+void vzadd(const int32_t* n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y);
+void vmzadd(const int32_t* n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y,
+            const uint32_t* mode);
+
+/* Difference a - b. IEEE 754 subtraction, correctly rounded at every accuracy.
+ * Complex: KAM_STATUS_OVERFLOW at LA and HA when finite parts give an infinite part. */
+void vsSub(int32_t n, const float* a, const float* b, float* y);
+void vmsSub(int32_t n, const float* a, const float* b, float* y, uint32_t mode);
+void vssub(const int32_t* n, const float* a, const float* b, float* y);
+void vmssub(const int32_t* n, const float* a, const float* b, float* y, const uint32_t* mode);
+void vdSub(int32_t n, const double* a, const double* b, double* y);
+void vmdSub(int32_t n, const double* a, const double* b, double* y, uint32_t mode);
+void vdsub(const int32_t* n, const double* a, const double* b, double* y);
+void vmdsub(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);
+void vcSub(int32_t n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y);
+void vmcSub(int32_t n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y, uint32_t mode);
+void vcsub(const int32_t* n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y);
+void vmcsub(const int32_t* n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y,
+            const uint32_t* mode);
+void vzSub(int32_t n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y);
+void vmzSub(int32_t n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y,
+            uint32_t mode);
+void vzsub(const int32_t* n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y);
+void vmzsub(const int32_t* n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y,
+            const uint32_t* mode);
+
+/* Product a * b. Real: IEEE 754 multiplication, correctly rounded at every accuracy.
+ * Complex: KAM_STATUS_OVERFLOW when finite parts give an infinite part. */
+void vsMul(int32_t n, const float* a, const float* b, float* y);
+void vmsMul(int32_t n, const float* a, const float* b, float* y, uint32_t mode);
+void vsmul(const int32_t* n, const float* a, const float* b, float* y);
+void vmsmul(const int32_t* n, const float* a, const float* b, float* y, const uint32_t* mode);
+void vdMul(int32_t n, const double* a, const double* b, double* y);
+void vmdMul(int32_t n, const double* a, const double* b, double* y, uint32_t mode);
+void vdmul(const int32_t* n, const double* a, const double* b, double* y);
+void vmdmul(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);
+void vcMul(int32_t n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y);
+void vmcMul(int32_t n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y, uint32_t mode);
+void vcmul(const int32_t* n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y);
+void vmcmul(const int32_t* n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y,
+            const uint32_t* mode);
+void vzMul(int32_t n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y);
+void vmzMul(int32_t n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y,
+            uint32_t mode);
+void vzmul(const int32_t* n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y);
+void vmzmul(const int32_t* n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y,
+            const uint32_t* mode);
+
+/* Product a * conj(b). KAM_STATUS_OVERFLOW when finite parts give an infinite part. */
+void vcMulByConj(int32_t n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y);
+void vmcMulByConj(int32_t n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y,
+                  uint32_t mode);
+void vcmulbyconj(const int32_t* n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y);
+void vmcmulbyconj(const int32_t* n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y,
+                  const uint32_t* mode);
+void vzMulByConj(int32_t n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y);
+void vmzMulByConj(int32_t n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y,
+                  uint32_t mode);
+void vzmulbyconj(const int32_t* n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y);
+void vmzmulbyconj(const int32_t* n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y,
+                  const uint32_t* mode);
+
+/* Conjugate of a. */
+void vcConj(int32_t n, const KamComplex8* a, KamComplex8* y);
+void vmcConj(int32_t n, const KamComplex8* a, KamComplex8* y, uint32_t mode);
+void vcconj(const int32_t* n, const KamComplex8* a, KamComplex8* y);
+void vmcconj(const int32_t* n, const KamComplex8* a, KamComplex8* y, const uint32_t* mode);
+void vzConj(int32_t n, const KamComplex16* a, KamComplex16* y);
+void vmzConj(int32_t n, const KamComplex16* a, KamComplex16* y, uint32_t mode);
+void vzconj(const int32_t* n, const KamComplex16* a, KamComplex16* y);
+void vmzconj(const int32_t* n, const KamComplex16* a, KamComplex16* y, const uint32_t* mode);
+
+/* Square a * a. IEEE 754 multiplication, correctly rounded at every accuracy. */
+void vsSqr(int32_t n, const float* a, float* y);
+void vmsSqr(int32_t n, const float* a, float* y, uint32_t mode);
+void vssqr(const int32_t* n, const float* a, float* y);
+void vmssqr(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdSqr(int32_t n, const double* a, double* y);
+void vmdSqr(int32_t n, const double* a, double* y, uint32_t mode);
+void vdsqr(const int32_t* n, const double* a, double* y);
+void vmdsqr(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Magnitude |a|. Clears the sign bit, of NaN too. */
+void vsAbs(int32_t n, const float* a, float* y);
+void vmsAbs(int32_t n, const float* a, float* y, uint32_t mode);
+void vsabs(const int32_t* n, const float* a, float* y);
+void vmsabs(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdAbs(int32_t n, const double* a, double* y);
+void vmdAbs(int32_t n, const double* a, double* y, uint32_t mode);
+void vdabs(const int32_t* n, const double* a, double* y);
+void vmdabs(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Quotient a / b. Real: KAM_STATUS_SING for a zero divisor, 0/0 included.
+ * Complex: KAM_STATUS_OVERFLOW when finite parts give an infinite part; a zero divisor is silent.
+ */
+void vsDiv(int32_t n, const float* a, const float* b, float* y);
+void vmsDiv(int32_t n, const float* a, const float* b, float* y, uint32_t mode);
+void vsdiv(const int32_t* n, const float* a, const float* b, float* y);
+void vmsdiv(const int32_t* n, const float* a, const float* b, float* y, const uint32_t* mode);
+void vdDiv(int32_t n, const double* a, const double* b, double* y);
+void vmdDiv(int32_t n, const double* a, const double* b, double* y, uint32_t mode);
+void vddiv(const int32_t* n, const double* a, const double* b, double* y);
+void vmddiv(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);
+void vcDiv(int32_t n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y);
+void vmcDiv(int32_t n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y, uint32_t mode);
+void vcdiv(const int32_t* n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y);
+void vmcdiv(const int32_t* n, const KamComplex8* a, const KamComplex8* b, KamComplex8* y,
+            const uint32_t* mode);
+void vzDiv(int32_t n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y);
+void vmzDiv(int32_t n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y,
+            uint32_t mode);
+void vzdiv(const int32_t* n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y);
+void vmzdiv(const int32_t* n, const KamComplex16* a, const KamComplex16* b, KamComplex16* y,
+            const uint32_t* mode);
+
+/* Reciprocal 1 / a. KAM_STATUS_SING at both zeros. */
+void vsInv(int32_t n, const float* a, float* y);
+void vmsInv(int32_t n, const float* a, float* y, uint32_t mode);
+void vsinv(const int32_t* n, const float* a, float* y);
+void vmsinv(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdInv(int32_t n, const double* a, double* y);
+void vmdInv(int32_t n, const double* a, double* y, uint32_t mode);
+void vdinv(const int32_t* n, const double* a, double* y);
+void vmdinv(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Square root. Domain a >= 0, KAM_STATUS_ERRDOM below; -0 gives -0. */
+void vsSqrt(int32_t n, const float* a, float* y);
+void vmsSqrt(int32_t n, const float* a, float* y, uint32_t mode);
+void vssqrt(const int32_t* n, const float* a, float* y);
+void vmssqrt(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdSqrt(int32_t n, const double* a, double* y);
+void vmdSqrt(int32_t n, const double* a, double* y, uint32_t mode);
+void vdsqrt(const int32_t* n, const double* a, double* y);
+void vmdsqrt(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Reciprocal square root 1 / sqrt(a). Domain a > 0, KAM_STATUS_ERRDOM below zero,
+ * KAM_STATUS_SING at both zeros (infinity by the sign of zero); infinity gives 0. */
+void vsInvSqrt(int32_t n, const float* a, float* y);
+void vmsInvSqrt(int32_t n, const float* a, float* y, uint32_t mode);
+void vsinvsqrt(const int32_t* n, const float* a, float* y);
+void vmsinvsqrt(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdInvSqrt(int32_t n, const double* a, double* y);
+void vmdInvSqrt(int32_t n, const double* a, double* y, uint32_t mode);
+void vdinvsqrt(const int32_t* n, const double* a, double* y);
+void vmdinvsqrt(const int32_t* n, const double* a, double* y, const uint32_t* mode);

@@ -13,7 +13,7 @@ void run_unload_actions(UnloadList list) noexcept;
 
 // The per-thread block of the vector frame lives in platform::thread_slot; these two own it.
 // `make_thread_block` makes a zeroed block of `size` bytes on the first call of a thread; a failure
-// prints message 773 and terminates with exit code 3.
+// prints message 773 and terminates with exit code 3 (null, should an exit handler return).
 void* make_thread_block(uint32_t size) noexcept;
 
 // Module entry points, called by the platform layer.

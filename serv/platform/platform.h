@@ -2,6 +2,7 @@
 // beside platform_linux.cpp; no other folder includes a system header of this kind.
 #pragma once
 
+#include <stdarg.h>
 #include <stddef.h>
 #include <stdint.h>
 
@@ -21,27 +22,32 @@ void yield_processor() noexcept;
 // True when the code runs out of a shared module, false when it is linked into the executable.
 bool loaded_as_module() noexcept;
 
-// A private heap for per-thread blocks: zeroed blocks, null on failure.
-bool create_private_heap() noexcept;
+// A private heap for per-thread blocks: zeroed blocks, null on failure. Destroying it gives back
+// every block that is still out, whichever thread had it.
 void* private_heap_allocate(size_t size) noexcept;
 void private_heap_free(void* block) noexcept;
 void destroy_private_heap() noexcept;
 
 // One pointer per thread, null at the start of a thread. initial-exec: one load off the thread
-// register, no call (the slot is 8 bytes, which fits the surplus kept for late-loaded modules).
+// register, no call (the few bytes fit the surplus that the loader keeps for late-loaded modules).
 extern thread_local constinit void* thread_slot __attribute__((tls_model("initial-exec")));
 
 // Makes the system call `on_thread_detach` (serv/module.h) when the calling thread ends.
 // False when the system can't (out of thread-specific keys or memory).
 bool watch_thread_exit() noexcept;
 
-// Writes a text to the standard output stream and flushes all streams.
+// Formats like vsnprintf, always by the rules of the C locale.
+int format_text(char* buffer, size_t size, const char* format, va_list arguments) noexcept
+    __attribute__((format(printf, 3, 0)));
+
+// Writes a text to the standard output stream and flushes all streams. errno keeps its value.
 void write_standard_output(const char* text) noexcept;
 
-// One attempt to open the localised message catalog; null where the platform has none.
-// `catalog_text` gives the text of a message number, null when the catalog has none.
+// One attempt to open the localised message catalog, null when there is none. `catalog_text` gives
+// the text of a message number, null when the catalog has none; it lives as long as the catalog.
 void* open_message_catalog() noexcept;
-const char* catalog_text(void* catalog, int number, char* buffer, size_t size) noexcept;
+const char* catalog_text(void* catalog, int number) noexcept;
+void close_message_catalog(void* catalog) noexcept;
 
 // errno of the calling thread's runtime.
 void set_runtime_errno(int value) noexcept;

@@ -3,6 +3,8 @@
 
 #include <stdint.h>
 
+#include <array>
+
 #include "vm/frame/shapes.h"
 #include "vm/function_table.h"
 
@@ -17,9 +19,10 @@ using KamKernel = void (*)();
 // Slots in the order [LA: classes 0..5][HA: classes 0..5][EP: classes 0..5]. Class 4 is empty: its
 // kernel cell is a poison value, its hint 1111.0.
 struct KamKernelRow {
-  KamKernel kernel[kRowSlots];
-  float hint[kRowSlots];
+  std::array<KamKernel, kRowSlots> kernel;
+  std::array<float, kRowSlots> hint;
 };
+inline constexpr uint64_t kEmptyClassKernel = 0xBAAAAAAAAAAAADB3;
 
 // Slot of a class under a mode word. Not range-checked: accuracies other than LA, HA and EP run off
 // the row.

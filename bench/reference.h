@@ -1,0 +1,97 @@
+// Exact values in quadruple precision, and the distance of a computed value from one in ULP.
+#pragma once
+
+#include <cmath>
+#include <complex>
+#include <limits>
+
+#include "include/orba_kam.h"
+
+// Of libquadmath, whose header not every compiler finds.
+extern "C" {
+__float128 expq(__float128);
+__float128 expm1q(__float128);
+__float128 logq(__float128);
+__float128 log10q(__float128);
+__float128 log1pq(__float128);
+__float128 sqrtq(__float128);
+}
+
+namespace orba::bench {
+namespace exact {
+
+using Real = __float128;
+using Complex = std::complex<__float128>;
+
+inline Real abs(Real x) { return x < 0 ? -x : x; }
+inline Real sqrt(Real x) { return sqrtq(x); }
+inline Real exp(Real x) { return expq(x); }
+inline Real expm1(Real x) { return expm1q(x); }
+inline Real log(Real x) { return logq(x); }
+inline Real log10(Real x) { return log10q(x); }
+inline Real log1p(Real x) { return log1pq(x); }
+
+inline Real widen(double x) { return x; }
+inline Complex widen(KamComplex8 x) { return {x.real, x.imag}; }
+inline Complex widen(KamComplex16 x) { return {x.real, x.imag}; }
+
+// A case per function: the interval of its arguments and its exact value.
+#define ORBA_BENCH_CASE(Name, low, high, value) \
+  struct Case_##Name {                          \
+    static constexpr double kLow = low;         \
+    static constexpr double kHigh = high;       \
+    template <class Q>                          \
+    static auto at(Q a, [[maybe_unused]] Q b) { \
+      return value;                             \
+    }                                           \
+  };
+#include "bench/cases.def"
+#undef ORBA_BENCH_CASE
+
+}  // namespace exact
+
+// An exact value, as sums of two doubles, beside the unit in the last place of its magnitude in the
+// format T.
+struct ExactValue {
+  double part[2] = {0, 0};
+  double rest[2] = {0, 0};
+  double ulp = 0;
+
+  template <class T>
+  static ExactValue of(exact::Real x, T) {
+    ExactValue value;
+    value.set(0, x);
+    value.set_ulp<T>(std::abs(value.part[0]));
+    return value;
+  }
+  template <class T>
+  static ExactValue of(exact::Complex x, T) {
+    ExactValue value;
+    value.set(0, x.real());
+    value.set(1, x.imag());
+    value.set_ulp<decltype(T::real)>(std::hypot(value.part[0], value.part[1]));
+    return value;
+  }
+
+  double distance(double real, double imag = 0) const {
+    const double d0 = (real - part[0]) - rest[0];
+    const double d1 = (imag - part[1]) - rest[1];
+    return std::hypot(d0, d1) / ulp;
+  }
+  double distance(KamComplex8 y) const { return distance(y.real, y.imag); }
+  double distance(KamComplex16 y) const { return distance(y.real, y.imag); }
+
+ private:
+  void set(int i, exact::Real x) {
+    part[i] = static_cast<double>(x);
+    rest[i] = static_cast<double>(x - part[i]);
+  }
+  template <class T>
+  void set_ulp(double magnitude) {
+    using Format = std::numeric_limits<T>;
+    const int exponent = magnitude == 0 ? Format::min_exponent : std::ilogb(magnitude) + 1;
+    ulp = std::ldexp(1.0, std::max(exponent, Format::min_exponent) - Format::digits);
+  }
+};
+
+}  // namespace orba::bench

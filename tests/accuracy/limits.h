@@ -1,0 +1,47 @@
+// The table of limits: what each function promises, and where it is looked at most closely.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "include/orba_kam.h"
+#include "tests/accuracy/oracle.h"
+
+namespace orba::test {
+
+// Arguments between two numbers, sampled through their bit patterns: each binade gets its share.
+struct Span {
+  double low, high;
+};
+
+// Horizontal axis of the plot of errors.
+enum class Axis { kNone, kArgument, kArgumentBinade, kResultBinade };
+
+struct Limits {
+  std::string_view function;
+  char type;
+  Measure measure;
+  double ha, la;  // units in the last place
+  double ep;      // relative error, of a complex result against its larger part
+  // Arguments of functions of one input. Functions of two inputs get pairs whose exponents are
+  // independent, near each other, or such that the product or quotient is at the edge of the range.
+  std::vector<Span> spans;
+  // Points, of either sign, whose neighbours are all tried: 10,000 on each side. For functions of
+  // two inputs they are values of the second input.
+  std::vector<double> near;
+  struct Plot {
+    Axis axis;
+    double low, high;
+  } plot;
+
+  double limit(uint32_t accuracy) const {
+    return accuracy == KAM_HA ? ha : accuracy == KAM_LA ? la : ep;
+  }
+};
+
+const std::vector<Limits>& limits_table();
+// Null when there is none.
+const Limits* find_limits(std::string_view function, char type);
+
+}  // namespace orba::test

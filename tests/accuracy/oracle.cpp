@@ -1,0 +1,179 @@
+#include "tests/accuracy/oracle.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "include/orba_kam.h"
+
+namespace orba::test {
+namespace {
+
+constexpr mpfr_prec_t kPrecision = 160;
+constexpr mpfr_rnd_t kNearest = MPFR_RNDN;
+
+// Reports by function. A lane of a one-input function has b = 0.
+int never(const Lane&) { return KAM_STATUS_OK; }
+int zero_divisor(const Lane& lane) { return lane.b[0] == 0 ? KAM_STATUS_SING : KAM_STATUS_OK; }
+int zero_input(const Lane& lane) { return lane.a[0] == 0 ? KAM_STATUS_SING : KAM_STATUS_OK; }
+int negative(const Lane& lane) { return lane.a[0] < 0 ? KAM_STATUS_ERRDOM : KAM_STATUS_OK; }
+int zero_or_negative(const Lane& lane) { return lane.a[0] == 0 ? KAM_STATUS_SING : negative(lane); }
+int below_minus_one(const Lane& lane) {
+  return lane.a[0] == -1 ? KAM_STATUS_SING : lane.a[0] < -1 ? KAM_STATUS_ERRDOM : KAM_STATUS_OK;
+}
+int finite_overflow(const Lane& lane) {
+  return lane.overflow && lane.finite_inputs() ? KAM_STATUS_OVERFLOW : KAM_STATUS_OK;
+}
+// Complex sums at the lowest accuracy have no range test.
+int finite_overflow_but_ep(const Lane& lane) {
+  return lane.accuracy == KAM_EP ? KAM_STATUS_OK : finite_overflow(lane);
+}
+int exponential(const Lane& lane) {
+  if (!lane.finite_inputs()) return KAM_STATUS_OK;
+  const double lowest_normal = lane.single ? -87.33654022216797 : -708.3964185322641;
+  if (lane.a[0] < lowest_normal) return KAM_STATUS_UNDERFLOW;
+  return finite_overflow(lane);
+}
+
+// re = a.re*u.re - a.im*u.im and so on: products are exact, each sum is rounded once.
+void multiply(mpfr_t* r, mpfr_t* a, mpfr_t* b) {
+  mpfr_fmms(r[0], a[0], b[0], a[1], b[1], kNearest);
+  mpfr_fmma(r[1], a[0], b[1], a[1], b[0], kNearest);
+}
+void multiply_by_conjugate(mpfr_t* r, mpfr_t* a, mpfr_t* b) {
+  mpfr_fmma(r[0], a[0], b[0], a[1], b[1], kNearest);
+  mpfr_fmms(r[1], a[1], b[0], a[0], b[1], kNearest);
+}
+void divide(mpfr_t* r, mpfr_t* a, mpfr_t* b) {
+  multiply_by_conjugate(r, a, b);
+  mpfr_t norm;
+  mpfr_init2(norm, kPrecision);
+  mpfr_fmma(norm, b[0], b[0], b[1], b[1], kNearest);
+  mpfr_div(r[0], r[0], norm, kNearest);
+  mpfr_div(r[1], r[1], norm, kNearest);
+  mpfr_clear(norm);
+}
+
+#define ORBA_UNARY(f) [](mpfr_t* r, mpfr_t* a, mpfr_t*) { f(r[0], a[0], kNearest); }
+#define ORBA_BINARY(f) [](mpfr_t* r, mpfr_t* a, mpfr_t* b) { f(r[0], a[0], b[0], kNearest); }
+#define ORBA_PARTS(f)                   \
+  [](mpfr_t* r, mpfr_t* a, mpfr_t* b) { \
+    f(r[0], a[0], b[0], kNearest);      \
+    f(r[1], a[1], b[1], kNearest);      \
+  }
+#define ORBA_WIDE(expression) [](double x) -> double { return expression; }
+
+}  // namespace
+
+const Oracle kOracles[] = {
+    {"Add", false, ORBA_BINARY(mpfr_add), nullptr, never},
+    {"Sub", false, ORBA_BINARY(mpfr_sub), nullptr, never},
+    {"Mul", false, ORBA_BINARY(mpfr_mul), nullptr, never},
+    {"Sqr", false, ORBA_UNARY(mpfr_sqr), ORBA_WIDE(x* x), never},
+    {"Abs", false, ORBA_UNARY(mpfr_abs), ORBA_WIDE(std::abs(x)), never},
+    {"Div", false, ORBA_BINARY(mpfr_div), nullptr, zero_divisor},
+    {"Inv", false, [](mpfr_t* r, mpfr_t* a, mpfr_t*) { mpfr_ui_div(r[0], 1, a[0], kNearest); },
+     ORBA_WIDE(1 / x), zero_input},
+    {"Sqrt", false, ORBA_UNARY(mpfr_sqrt), ORBA_WIDE(std::sqrt(x)), negative},
+    {"InvSqrt", false,
+     [](mpfr_t* r, mpfr_t* a, mpfr_t*) {
+       mpfr_rec_sqrt(r[0], a[0], kNearest);  // gives +inf for both zeros
+       if (mpfr_zero_p(a[0])) mpfr_setsign(r[0], r[0], mpfr_signbit(a[0]), kNearest);
+     },
+     ORBA_WIDE(x == 0 ? 1 / x : 1 / std::sqrt(x)), zero_or_negative},
+    {"Exp", false, ORBA_UNARY(mpfr_exp), ORBA_WIDE(std::exp(x)), exponential},
+    {"Expm1", false, ORBA_UNARY(mpfr_expm1), ORBA_WIDE(std::expm1(x)), finite_overflow},
+    {"Ln", false, ORBA_UNARY(mpfr_log), ORBA_WIDE(std::log(x)), zero_or_negative},
+    {"Log10", false, ORBA_UNARY(mpfr_log10), ORBA_WIDE(std::log10(x)), zero_or_negative},
+    {"Log1p", false, ORBA_UNARY(mpfr_log1p), ORBA_WIDE(std::log1p(x)), below_minus_one},
+    {"Add", true, ORBA_PARTS(mpfr_add), nullptr, finite_overflow_but_ep},
+    {"Sub", true, ORBA_PARTS(mpfr_sub), nullptr, finite_overflow_but_ep},
+    {"Mul", true, multiply, nullptr, finite_overflow},
+    {"MulByConj", true, multiply_by_conjugate, nullptr, finite_overflow},
+    {"Conj", true,
+     [](mpfr_t* r, mpfr_t* a, mpfr_t*) {
+       mpfr_set(r[0], a[0], kNearest);
+       mpfr_neg(r[1], a[1], kNearest);
+     },
+     nullptr, never},
+    {"Div", true, divide, nullptr, finite_overflow},
+};
+const int kOracleCount = static_cast<int>(std::size(kOracles));
+
+const Oracle* find_oracle(std::string_view function, bool complex) {
+  const auto* found = std::find_if(std::begin(kOracles), std::end(kOracles), [&](const Oracle& o) {
+    return o.function == function && o.complex == complex;
+  });
+  return found != std::end(kOracles) ? found : nullptr;
+}
+
+namespace {
+
+template <class Real>
+int clamp_unit(int exponent) {
+  return std::clamp(exponent, Format<Real>::kMinUnit, Format<Real>::kMaxUnit);
+}
+
+// Exponent of the last place of x's binade.
+template <class Real>
+int unit_of(mpfr_srcptr x) {
+  if (!mpfr_regular_p(x)) return Format<Real>::kMinUnit;
+  constexpr mpfr_exp_t kRange = 1 << 14;
+  const auto exponent = static_cast<int>(std::clamp(mpfr_get_exp(x), -kRange, kRange));
+  return clamp_unit<Real>(exponent - std::numeric_limits<Real>::digits);
+}
+
+template <class Real>
+void set_unit(Reference& reference, int exponent, double magnitude) {
+  const int half = exponent / 2;
+  reference.scale[0] = power_of_two(-half);
+  reference.scale[1] = power_of_two(half - exponent);
+  constexpr double kLowest = std::numeric_limits<Real>::min();
+  constexpr double kHighest = std::numeric_limits<Real>::max();
+  reference.weight =
+      std::clamp(magnitude, kLowest, kHighest) * reference.scale[0] * reference.scale[1];
+}
+
+}  // namespace
+
+Evaluator::Evaluator(const Oracle& oracle, Measure measure)
+    : oracle_(oracle), measure_(measure), parts_(oracle.complex ? 2 : 1) {
+  mpfr_inits2(kPrecision, a_[0], a_[1], b_[0], b_[1], r_[0], r_[1], tail_, nullptr);
+}
+
+Evaluator::~Evaluator() { mpfr_clears(a_[0], a_[1], b_[0], b_[1], r_[0], r_[1], tail_, nullptr); }
+
+template <class Real>
+void Evaluator::exact(const Real* a, const Real* b, Reference* references) {
+  for (int part = 0; part < parts_; ++part) {
+    mpfr_set_d(a_[part], a[part], kNearest);
+    mpfr_set_d(b_[part], b[part], kNearest);
+  }
+  oracle_.exact(r_, a_, b_);
+  constexpr double kMax = std::numeric_limits<double>::max();
+  for (int part = 0; part < parts_; ++part) {
+    Reference& reference = references[part];
+    mpfr_srcptr x = r_[part];
+    mpfr_srcptr larger = parts_ == 2 && mpfr_cmpabs(r_[1 - part], x) > 0 ? r_[1 - part] : x;
+    const int unit = unit_of<Real>(measure_ == Measure::kNormwise ? larger : x);
+    set_unit<Real>(reference, unit, std::abs(mpfr_get_d(larger, kNearest)));
+    reference.head = mpfr_get_d(x, kNearest);
+    reference.tail = 0;
+    if (!mpfr_regular_p(x)) continue;
+    if (std::isinf(reference.head)) reference.head = std::copysign(kMax, reference.head);
+    mpfr_sub_d(tail_, x, reference.head, kNearest);
+    mpfr_mul_2si(tail_, tail_, -unit, kNearest);
+    reference.tail = mpfr_get_d(tail_, kNearest);
+  }
+}
+template void Evaluator::exact(const float*, const float*, Reference*);
+template void Evaluator::exact(const double*, const double*, Reference*);
+
+Reference Evaluator::wide(float a) const {
+  Reference reference{};
+  reference.head = oracle_.wide(static_cast<double>(a));
+  const auto biased = static_cast<int>(std::bit_cast<uint64_t>(reference.head) >> 52 & 0x7ff);
+  set_unit<float>(reference, clamp_unit<float>(biased - 1023 - 23), std::abs(reference.head));
+  return reference;
+}
+
+}  // namespace orba::test

@@ -1,0 +1,200 @@
+// Inputs for measuring a function, in batches.
+#pragma once
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <random>
+#include <type_traits>
+#include <vector>
+
+#include "tests/accuracy/limits.h"
+
+namespace orba::test {
+
+// Elements of one or two inputs; a complex element is two numbers in a row.
+template <class Real>
+struct Batch {
+  int count = 0;
+  std::vector<Real> a, b;
+};
+
+inline constexpr int kBatch = 4096;
+inline constexpr int kNeighbours = 10000;
+
+// The order of the reals as an order of integers: neighbours differ by 1, both zeros are 0.
+template <class Real>
+auto bits_of(Real x) {
+  using Bits = std::conditional_t<sizeof(Real) == 8, int64_t, int32_t>;
+  const auto bits = std::bit_cast<Bits>(x);
+  return bits >= 0 ? bits : static_cast<Bits>(std::numeric_limits<Bits>::min() - bits);
+}
+template <class Real, class Bits>
+Real from_bits(Bits bits) {
+  return std::bit_cast<Real>(
+      bits >= 0 ? bits : static_cast<Bits>(std::numeric_limits<Bits>::min() - bits));
+}
+
+// Calls sink(batch) until the inputs are used up: `points` spread over the row's spans (or random
+// pairs), and the neighbours of the row's points.
+template <class Real, class Sink>
+class Sampler {
+ public:
+  Sampler(const Limits& limits, int parts, int operands, Sink& sink)
+      : limits_(limits), parts_(parts), operands_(operands), sink_(sink) {
+    batch_.a.resize(kBatch * parts);
+    batch_.b.resize(kBatch * parts);
+  }
+
+  void run(int64_t points) {
+    if (operands_ == 1) {
+      for (const Span& span : limits_.spans) {
+        walk(span, points / static_cast<int64_t>(limits_.spans.size()));
+      }
+    } else {
+      for (int64_t i = 0; i < points; ++i) push_pair(static_cast<int>(i % (parts_ == 2 ? 6 : 5)));
+    }
+    for (const double centre : limits_.near) {
+      neighbourhood(static_cast<Real>(centre));
+      neighbourhood(static_cast<Real>(-centre));
+    }
+    flush();
+  }
+
+  // Every bit pattern of a single-precision input.
+  void run_exhaustively() {
+    static_assert(std::is_same_v<Real, float>);
+    for (uint64_t bits = 0; bits < uint64_t{1} << 32; ++bits) {
+      batch_.a[batch_.count] = std::bit_cast<float>(static_cast<uint32_t>(bits));
+      next();
+    }
+    flush();
+  }
+
+ private:
+  using Bits = decltype(bits_of(Real{}));
+  using Numbers = std::numeric_limits<Real>;
+  static constexpr int kLowExponent = Numbers::min_exponent - Numbers::digits;  // lowest denormal
+  static constexpr int kHighExponent = Numbers::max_exponent - 1;
+
+  void next() {
+    if (++batch_.count == kBatch) flush();
+  }
+  void flush() {
+    if (batch_.count > 0) sink_(batch_);
+    batch_.count = 0;
+  }
+
+  // A random stride through the integer image of the span.
+  void walk(const Span& span, int64_t points) {
+    const Bits low = bits_of(static_cast<Real>(span.low));
+    const double width =
+        static_cast<double>(bits_of(static_cast<Real>(span.high))) - static_cast<double>(low);
+    const double stride = width / static_cast<double>(points);
+    for (int64_t i = 0; i < points; ++i) {
+      // Below 2^64 but with fewer than 64 random bits: the last ones come on top.
+      const double offset = (static_cast<double>(i) + unit()) * stride;
+      const auto jitter = static_cast<int64_t>(random_() & 0x7ff) & (sizeof(Real) == 8 ? -1 : 0);
+      const auto bits = static_cast<Bits>(static_cast<uint64_t>(static_cast<int64_t>(low)) +
+                                          static_cast<uint64_t>(offset)) ^
+                        static_cast<Bits>(jitter);
+      Real* a = &batch_.a[batch_.count * parts_];
+      a[0] = std::clamp(from_bits<Real>(bits), static_cast<Real>(span.low),
+                        static_cast<Real>(span.high));
+      if (parts_ == 2) a[1] = any();
+      next();
+    }
+  }
+
+  void neighbourhood(Real centre) {
+    const Bits first = bits_of(centre);
+    const Bits end = bits_of(Numbers::infinity());
+    for (int step = -kNeighbours; step <= kNeighbours; ++step) {
+      if (std::abs(static_cast<double>(first) + step) > static_cast<double>(end)) continue;
+      const Real x = from_bits<Real>(static_cast<Bits>(first + step));
+      if (operands_ == 2 && std::isinf(x)) continue;
+      Real* a = &batch_.a[batch_.count * parts_];
+      Real* b = &batch_.b[batch_.count * parts_];
+      Real* tried = operands_ == 2 ? b : a;
+      if (operands_ == 2) element(a, exponent(-8, 8));
+      tried[0] = x;
+      if (parts_ == 2) tried[1] = number(exponent(-8, 8) + std::ilogb(x == 0 ? Real{1} : x));
+      next();
+    }
+  }
+
+  void push_pair(int kind) {
+    Real* a = &batch_.a[batch_.count * parts_];
+    Real* b = &batch_.b[batch_.count * parts_];
+    const int ea = exponent(kLowExponent, kHighExponent);
+    const int edge = (random_() & 1) != 0
+                         ? exponent(Numbers::min_exponent - 4, Numbers::min_exponent + 2)
+                     : (random_() & 1) != 0 ? exponent(kLowExponent - 2, Numbers::min_exponent)
+                                            : exponent(kHighExponent - 2, kHighExponent + 2);
+    switch (kind) {
+      case 0:  // anything
+        for (int part = 0; part < parts_; ++part) a[part] = any(), b[part] = any();
+        break;
+      case 1:  // ordinary
+        element(a, exponent(-4, 4));
+        element(b, exponent(-4, 4));
+        break;
+      case 2:  // product at the edge of the range
+        element(a, ea);
+        element(b, edge - ea);
+        break;
+      case 3:  // quotient at the edge of the range
+        element(a, ea);
+        element(b, ea - edge);
+        break;
+      case 4:  // sum or difference cancels
+        element(a, ea);
+        for (int part = 0; part < parts_; ++part) b[part] = close_to(a[part]);
+        break;
+      default:  // a part of the complex product cancels
+        element(a, exponent(kLowExponent / 2, kHighExponent / 2));
+        b[0] = close_to(a[1]);
+        b[1] = close_to(a[0]);
+    }
+    next();
+  }
+
+  // A complex number whose parts are mostly near each other in size.
+  void element(Real* x, int e) {
+    x[0] = number(e);
+    if (parts_ == 2) {
+      x[1] = number(e + ((random_() & 3) != 0 ? exponent(-3, 3) : exponent(-60, 0)));
+      if ((random_() & 1) != 0) std::swap(x[0], x[1]);
+    }
+  }
+  double unit() { return static_cast<double>(random_() >> 11) * 0x1p-53; }
+  int exponent(int low, int high) {
+    return low + static_cast<int>(random_() % static_cast<uint64_t>(high - low + 1));
+  }
+  Real number(int e) {
+    const Real x =
+        static_cast<Real>(std::ldexp(1 + unit(), std::clamp(e, kLowExponent, kHighExponent)));
+    return (random_() & 1) != 0 ? -std::min(x, Numbers::max()) : std::min(x, Numbers::max());
+  }
+  Real any() {
+    const Real x = std::bit_cast<Real>(static_cast<Bits>(random_()));
+    return std::isfinite(x) ? x : Real{1};
+  }
+  Real close_to(Real x) {
+    const auto distance = static_cast<Bits>(random_() >> (64 - exponent(1, Numbers::digits)));
+    const Real y = from_bits<Real>(
+        static_cast<Bits>(bits_of(x) + ((random_() & 1) != 0 ? distance : -distance)));
+    if (!std::isfinite(y)) return x;
+    return (random_() & 1) != 0 ? -y : y;
+  }
+
+  const Limits& limits_;
+  const int parts_, operands_;
+  Sink& sink_;
+  Batch<Real> batch_;
+  std::mt19937_64 random_{20240229};
+};
+
+}  // namespace orba::test

@@ -1,0 +1,76 @@
+// The anatomy of an exported vector function: checks, mode, kernel selection, hand-over.
+#pragma once
+
+#include <string_view>
+#include <type_traits>
+
+#include "serv/detect/detect.h"
+#include "vm/frame/parameter_reporter.h"
+#include "vm/frame/rows.h"
+#include "vm/frame/thread_words.h"
+#include "vm/frame/threader.h"
+
+namespace orba::vm {
+
+// Out of line: what a call does about a bad argument.
+void refuse_arguments(const char* name, int32_t position, int32_t status) noexcept;
+
+// The functions whose LA and HA rows have no kernel of that accuracy class of their own: a call under
+// LA or HA leaves KAM_STATUS_ACCURACYWARNING in the status, and runs.
+constexpr bool warns_of_accuracy(std::string_view name) {
+  return name == "vsLinearFrac" || name == "vdLinearFrac" || name == "vzPow" || name == "vzPowx";
+}
+
+// Checks n and then each array pointer in the order of the signature; a scalar between arrays keeps
+// its argument number. True when there is work to do.
+template <class... Args>
+inline bool accept_arguments(const char* name, int32_t n, Args... args) noexcept {
+  if (n < 0) [[unlikely]] {
+    refuse_arguments(name, 1, KAM_STATUS_BADSIZE);
+    return false;
+  }
+  if (n == 0) return false;
+  int32_t position = 1;
+  int32_t bad = 0;
+  const auto check = [&](auto argument) {
+    ++position;
+    if constexpr (std::is_pointer_v<decltype(argument)>) {
+      if (argument == nullptr && bad == 0) bad = position;
+    }
+  };
+  (check(args), ...);
+  if (bad != 0) [[unlikely]] {
+    refuse_arguments(name, bad, KAM_STATUS_BADMEM);
+    return false;
+  }
+  return true;
+}
+
+template <class Kernel, bool accuracy_warning, class... Args>
+inline void run_selected(const KamKernelRow& row, int32_t n, Args... args) noexcept {
+  const int kernel_class = serv::kam_class();
+  const int index = row_index(kernel_class, mode());
+  if constexpr (accuracy_warning) {
+    if (index / kClassCount != KAM_EP - 1) set_status(KAM_STATUS_ACCURACYWARNING);
+  }
+  run_threaded<Kernel>(row.kernel.data()[index], row.hint.data()[index], n, args...);
+}
+
+template <class Kernel, bool accuracy_warning, class... Args>
+inline void vector_call(const KamKernelRow& row, const char* name, int32_t n,
+                        Args... args) noexcept {
+  if (accept_arguments(name, n, args...)) run_selected<Kernel, accuracy_warning>(row, n, args...);
+}
+
+// The form with a mode: the old word comes back through the same merge, so a field that was zero in
+// it stays as the argument set it.
+template <class Kernel, bool accuracy_warning, class... Args>
+inline void vector_call_with_mode(uint32_t call_mode, const KamKernelRow& row, const char* name,
+                                  int32_t n, Args... args) noexcept {
+  if (!accept_arguments(name, n, args...)) return;
+  const uint32_t old_mode = kamSetMode(call_mode);
+  run_selected<Kernel, accuracy_warning>(row, n, args...);
+  kamSetMode(old_mode);
+}
+
+}  // namespace orba::vm

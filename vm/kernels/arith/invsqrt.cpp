@@ -1,0 +1,193 @@
+// InvSqrt: 1/sqrt(a). KAM_STATUS_SING at both zeros (infinity by the sign of zero),
+// KAM_STATUS_ERRDOM below zero.
+//
+// y0 is a short seed, so that y0^2 is exact and e = 1 - a*y0^2 carries one rounding of its own size;
+// then y = y0 + y0*w(e) with w the head of the binomial series of (1 - e)^(-1/2) - 1. The only error
+// near the size of a unit is the last rounding: 0.5 ULP and 2^-10 of one, so LA and HA share it.
+//
+// Without FMA (classes 0 to 2) the seed is refined once and cut to 17 bits; with the head of a cut to
+// 19 bits both a_head*y0^2 and its difference from 1 are exact, and the tail's product is small. In
+// single precision the same with 12-bit halves.
+#include "vm/kernels/arith/seed_tables.h"
+#include "vm/kernels/arith/seeds.h"
+#include "vm/kernels/contract/kernel.h"
+#include "vm/kernels/contract/scalar.h"
+#include "vm/kernels/simd/pair_arithmetic.h"
+
+namespace orba::ORBA_CLASS_NAMESPACE {
+namespace {
+
+ORBA_COLD int32_t inv_sqrt_callout(const double* a, double* r) {
+  double x = *a;
+  if (is_nan_or_inf(x)) {
+    if (x > 0) {
+      *r = 0.0 / x;
+      return kOk;
+    }
+    *r = x / x;
+    return is_inf(x) ? kErrDom : kOk;
+  }
+  if (x == 0) {
+    *r = 1.0 / x;
+    return kSing;
+  }
+  if (x < 0) {
+    *r = (x - x) / (x - x);
+    return kErrDom;
+  }
+
+  int exponent_adjust = 0;
+  if (bit_cast<uint64_t>(x) < 0x0010000000000000) {
+    x *= pow2(60);
+    exponent_adjust = 30;
+  }
+  const uint64_t bits = bit_cast<uint64_t>(x);
+  const int exponent = static_cast<int>(bits >> 52) - 1023;
+  const int parity = exponent & 1;
+  // m in [1, 4), x = m * 2^(exponent - parity)
+  const double m = bit_cast<double>((bits & 0x000fffffffffffff) | (uint64_t{0x3ff} + parity) << 52);
+  const double seed = kInvSqrtSeed[((bits >> 47) & 31) + 32 * parity];
+
+  // |e| < 2^-5.9. The square of the seed has 26 bits, so its products with the halves of m are exact.
+  const double square = seed * seed;
+  const double m_head = head(m);
+  const double e = (1.0 - m_head * square) - (m - m_head) * square;
+
+  // (1 - e)^(-1/2) - 1 by the binomial series; the rest, from e^10 on, is below 2^-61.
+  double p = 12155.0 / 65536;
+  p = mul_add(p, e, 6435.0 / 32768);
+  p = mul_add(p, e, 429.0 / 2048);
+  p = mul_add(p, e, 231.0 / 1024);
+  p = mul_add(p, e, 63.0 / 256);
+  p = mul_add(p, e, 35.0 / 128);
+  p = mul_add(p, e, 5.0 / 16);
+  p = mul_add(p, e, 3.0 / 8);
+  const double w = mul_add(e * e, p, 0.5 * e);
+  const double y = mul_add(seed, w, seed);
+  *r = y * pow2(exponent_adjust - (exponent - parity) / 2);
+  return kOk;
+}
+
+template <class V> struct InvSqrtBase;
+template <>
+struct InvSqrtBase<F64> {
+  static int32_t callout(const double* a, double* r) { return inv_sqrt_callout(a, r); }
+};
+template <>
+struct InvSqrtBase<F32> {
+  static int32_t callout(const float* a, float* r) { return narrowed(inv_sqrt_callout, a, r); }
+};
+
+// LA and HA leave room for the residual: [2^-970, 2^1021). At the upper end the square of the seed
+// stays normal, which flush-to-zero needs.
+ORBA_INLINE M64 special(F64 x) { return outside(as_bits(x), 0x03500000, 0x7fbfffff); }
+ORBA_INLINE M64 special_ep(F64 x) { return outside(as_bits(x), 0x00300000, 0x7fbfffff); }
+ORBA_INLINE M32 special(F32 x) { return outside(as_bits(x), 0x00800000, 0x7e7fffff); }
+ORBA_INLINE M32 special_ep(F32 x) { return special(x); }
+
+// e = 1 - x*y^2 for a short y, to half a unit of e.
+template <class V>
+ORBA_INLINE V residual(V x, V y) {
+  return neg_mul_add(x, y * y, V(1));
+}
+
+#if ORBA_CLASS < 3
+ORBA_INLINE F64 refined_short_seed(F64 x) {
+#if ORBA_CLASS == 1
+  const F64 y = F64(1) / sqrt(x);
+#else
+  const F64 s = rsqrt_seed(x);
+  const F64 y = s * (1.5 - (0.5 * x) * (s * s));
+#endif
+  return shortened(y, static_cast<int64_t>(0xfffffff000000000));  // 17 bits
+}
+ORBA_INLINE F64 exact_residual(F64 x, F64 y) {
+  const F64 square = y * y;
+  const F64 x_head = shortened(x, static_cast<int64_t>(0xfffffffc00000000));  // 19 bits
+  return (1.0 - x_head * square) - (x - x_head) * square;
+}
+ORBA_INLINE F32 exact_residual(F32 x, F32 y) {
+  constexpr int32_t head_mask = static_cast<int32_t>(0xfffff000);  // 12 bits
+  const F32 square = y * y;
+  const F32 square_head = shortened(square, head_mask), square_tail = square - square_head;
+  const F32 x_head = shortened(x, head_mask), x_tail = x - x_head;
+  return ((1.0f - x_head * square_head) - (x_head * square_tail + x_tail * square_head)) -
+         x_tail * square_tail;
+}
+#endif
+
+template <class V>
+struct InvSqrtFull : InvSqrtBase<V> {
+  using In = typename V::Element;
+  using Out = In;
+  using Flag = typename V::Mask;
+  static constexpr int inputs = 1;
+  static constexpr int outputs = 1;
+  static constexpr int unroll = kClass < 3 ? 2 : 4;
+
+  ORBA_INLINE static V eval(V x, Flag& flag) {
+    flag = flag | special(x);
+#if ORBA_CLASS >= 3
+    const V y = rsqrt_seed(x);
+    const V e = residual(x, y);
+#else
+    const V y = seed(x);
+    const V e = exact_residual(x, y);
+#endif
+    return mul_add(y, series(e), y);
+  }
+
+ private:
+#if ORBA_CLASS < 3
+  ORBA_INLINE static F64 seed(F64 x) { return refined_short_seed(x); }
+  ORBA_INLINE static F32 seed(F32 x) { return rsqrt_seed(x); }
+#endif
+  // e*p(e). Double, |e| < 2^-10.3 (class 5: 2^-12.9): degree 4 of the binomial series, fitted to the
+  // interval; the rest is below 2^-55. With the refined seed, |e| < 2^-15, degree 3 does. Single,
+  // |e| < 2^-9.6: degree 2, rest below 2^-30.
+  ORBA_INLINE static F64 series(F64 e) {
+    if constexpr (!kFused) return e * (0.5 + e * (0.375 + e * 0.3125));
+    F64 p = mul_add(F64(0.27343754675366555), e, F64(0.31250016501874495));
+    p = mul_add(p, e, F64(0.37500000000001366));
+    p = mul_add(p, e, F64(0.49999999999997785));
+    return e * p;
+  }
+  ORBA_INLINE static F32 series(F32 e) {
+    return e * mul_add(F32(0.375f), e, F32(0.5f));
+  }
+};
+
+// EP: double to e^2 (e with the better seed of class 5), single one Newton step.
+struct InvSqrtEp64 : InvSqrtFull<F64> {
+  static constexpr int unroll = 4;
+  ORBA_INLINE static F64 eval(F64 x, M64& flag) {
+    flag = flag | special_ep(x);
+    const F64 y = rsqrt_seed(x);
+    const F64 e = residual(x, y);
+    if constexpr (kClass == 5) return mul_add(0.5 * y, e, y);
+    const F64 w = e * mul_add(F64(0.37500018328707924), e, F64(0.50000012568255314));
+    return mul_add(y, w, y);
+  }
+};
+struct InvSqrtEp32 : InvSqrtFull<F32> {
+  ORBA_INLINE static F32 eval(F32 x, M32& flag) {
+    flag = flag | special_ep(x);
+    const F32 y = approx_rsqrt(x);
+    return (-0.5f * y) * mul_add(x * y, y, F32(-3.0f));
+  }
+};
+
+}  // namespace
+}  // namespace orba::ORBA_CLASS_NAMESPACE
+
+ORBA_KERNEL_1i_1o(d, InvSqrt, HA, InvSqrtFull<F64>)
+ORBA_SAME_KERNEL(vdInvSqrt, 1i_1o, d, LA, HA)
+ORBA_KERNEL_1i_1o(s, InvSqrt, HA, InvSqrtFull<F32>)
+ORBA_SAME_KERNEL(vsInvSqrt, 1i_1o, s, LA, HA)
+#if ORBA_CLASS >= 2
+ORBA_KERNEL_1i_1o(d, InvSqrt, EP, InvSqrtEp64)
+ORBA_KERNEL_1i_1o(s, InvSqrt, EP, InvSqrtEp32)
+#else
+ORBA_SAME_KERNEL(vdInvSqrt, 1i_1o, d, EP, HA)
+ORBA_SAME_KERNEL(vsInvSqrt, 1i_1o, s, EP, HA)
+#endif

@@ -1,0 +1,257 @@
+// The kernel contract, once for all shapes and classes.
+//
+// A function is a type F that supplies
+//
+//   In, Out                        element types of its arrays (float, double, KamComplex8, ...)
+//   inputs, outputs                1 or 2 of each
+//   unroll                         packs per round of the main loop
+//   Flag                           M64, M32 or PairMask of them; NoFlag when no lane is ever special
+//   eval(a [, b], Flag&)           the branch-free computation on one pack, for any input; it ORs
+//                                  into Flag the lanes whose result it can't vouch for
+//   callout(a [, b], r1 [, r2])    the complete scalar function (pointers in, status out) that
+//                                  flagged lanes get instead; absent with NoFlag
+//   NoError (optional)             the variant of F that runs when the mode asks for no error
+//                                  handling at all
+//
+// with two outputs eval returns a Results<Pack>. Scalars of a call are members of F.
+//
+// The contract gives back everything else: floating-point environment, rounds of `unroll` packs
+// with one test, callouts in ascending order, reports, masked tails with an ordinary value in dead
+// lanes. The computation of an element is the same instruction sequence in a round and in a tail,
+// so a result depends on the value and the mode alone.
+#pragma once
+
+#include "vm/frame/element_error.h"
+#include "vm/kernels/contract/environment.h"
+#include "vm/kernels/contract/pack.h"
+
+namespace orba::ORBA_CLASS_NAMESPACE {
+namespace {
+
+template <class Pack>
+struct Results {
+  Pack first, second;
+};
+
+// Arrays of a call; b stands for a again, and r2 for r1, where the function has only one.
+template <class F>
+struct Arrays {
+  const typename F::In* a;
+  const typename F::In* b;
+  typename F::Out* r1;
+  typename F::Out* r2;
+};
+
+template <class F>
+constexpr bool has_flags = !__is_same(typename F::Flag, NoFlag);
+
+template <class F>
+ORBA_INLINE auto eval_pack(const F& f, const Arrays<F>& x, int64_t i, typename F::Flag& flag) {
+  if constexpr (F::inputs == 2)
+    return f.eval(load_pack(x.a + i), load_pack(x.b + i), flag);
+  else
+    return f.eval(load_pack(x.a + i), flag);
+}
+
+template <class F>
+ORBA_INLINE auto eval_pack(const F& f, const Arrays<F>& x, int64_t i, int live,
+                           typename F::Flag& flag) {
+  if constexpr (F::inputs == 2)
+    return f.eval(load_pack(x.a + i, live), load_pack(x.b + i, live), flag);
+  else
+    return f.eval(load_pack(x.a + i, live), flag);
+}
+
+template <class F, class Y>
+ORBA_INLINE void store_results(const Arrays<F>& x, int64_t i, const Y& y) {
+  if constexpr (F::outputs == 2) {
+    store_pack(x.r1 + i, y.first);
+    store_pack(x.r2 + i, y.second);
+  } else {
+    store_pack(x.r1 + i, y);
+  }
+}
+
+template <class F, class Y>
+ORBA_INLINE void store_results(const Arrays<F>& x, int64_t i, int live, const Y& y) {
+  if constexpr (F::outputs == 2) {
+    store_pack(x.r1 + i, live, y.first);
+    store_pack(x.r2 + i, live, y.second);
+  } else {
+    store_pack(x.r1 + i, live, y);
+  }
+}
+
+// The main loop: whole rounds from `i` on, until `end` or before the first round with a flagged
+// lane, which is left untouched. A leaf, so that constants stay in registers.
+template <class F>
+__attribute__((noinline)) int64_t run_rounds(const F& f, Arrays<F> x, int64_t i, int64_t end) {
+  constexpr int size = pack_size<typename F::In>;
+  for (; i < end; i += F::unroll * size) {
+    typename F::Flag flag{};
+    decltype(eval_pack(f, x, i, flag)) y[F::unroll];
+    ORBA_UNROLL
+    for (int u = 0; u < F::unroll; ++u) y[u] = eval_pack(f, x, i + u * size, flag);
+    if constexpr (has_flags<F>) {
+      if (any(flag)) [[unlikely]]
+        return i;
+    }
+    ORBA_UNROLL
+    for (int u = 0; u < F::unroll; ++u) store_results(x, i + u * size, y[u]);
+  }
+  return i;
+}
+
+// What the callouts of one pack work on.
+template <class F>
+struct Scratch {
+  static constexpr int size = pack_size<typename F::In>;
+  alignas(64) typename F::In a[size];
+  alignas(64) typename F::In b[F::inputs == 2 ? size : 1];
+  alignas(64) typename F::Out r1[size];
+  alignas(64) typename F::Out r2[F::outputs == 2 ? size : 1];
+};
+
+ORBA_INLINE void report(int32_t code, int32_t i, const double* a, const double* b, double* r1,
+                        double* r2, const char* name) {
+  vm::element_error(code, i, a, b, r1, r2, name);
+}
+ORBA_INLINE void report(int32_t code, int32_t i, const float* a, const float* b, float* r1,
+                        float* r2, const char* name) {
+  vm::element_error(code, i, a, b, r1, r2, name);
+}
+template <class E>
+ORBA_INLINE void report(int32_t code, int32_t i, const E* a, const E* b, E* r1, E* r2,
+                        const char* name) {
+  vm::element_error_complex(code, i, parts(a), parts(b), parts(r1), parts(r2), name);
+}
+
+// Callouts for the lanes in `flagged`, in ascending order. A reported element is in `r` while its
+// error is handled and is read back afterwards, which is how a callback replaces it.
+template <class F>
+ORBA_COLD void run_callouts(const Arrays<F>& x, int64_t i, uint32_t flagged, Scratch<F>& s,
+                            FloatEnvironment& environment, const char* name) {
+  while (flagged != 0) {
+    const int lane = __builtin_ctz(flagged);
+    flagged &= flagged - 1;
+    environment.before_callout();
+    int32_t code;
+    if constexpr (F::inputs == 2)
+      code = F::callout(&s.a[lane], &s.b[lane], &s.r1[lane]);
+    else if constexpr (F::outputs == 2)
+      code = F::callout(&s.a[lane], &s.r1[lane], &s.r2[lane]);
+    else
+      code = F::callout(&s.a[lane], &s.r1[lane]);
+    if (code == 0) continue;
+    x.r1[i + lane] = s.r1[lane];
+    if constexpr (F::outputs == 2) x.r2[i + lane] = s.r2[lane];
+    report(code, static_cast<int32_t>(i + lane), x.a, x.b, x.r1, x.r2, name);
+    s.r1[lane] = x.r1[i + lane];
+    if constexpr (F::outputs == 2) s.r2[lane] = x.r2[i + lane];
+  }
+}
+
+// Elements i to end - 1 pack by pack: tails, and rounds that hold flagged lanes.
+template <class F>
+__attribute__((noinline)) void run_packs(const F& f, Arrays<F> x, int64_t i, int64_t end,
+                                         FloatEnvironment& environment, const char* name) {
+  constexpr int size = pack_size<typename F::In>;
+  for (; i < end; i += size) {
+    const int live = end - i < size ? static_cast<int>(end - i) : size;
+    typename F::Flag flag{};
+    decltype(eval_pack(f, x, i, flag)) y;
+    if (live == size)
+      y = eval_pack(f, x, i, flag);
+    else
+      y = eval_pack(f, x, i, live, flag);
+
+    if constexpr (has_flags<F>) {
+      const uint32_t live_lanes = live == size ? (2u << (size - 1)) - 1 : (1u << live) - 1;
+      const uint32_t flagged = element_bits(flag) & live_lanes;
+      if (flagged != 0) [[unlikely]] {
+        Scratch<F> s;
+        for (int lane = 0; lane < live; ++lane) {
+          s.a[lane] = x.a[i + lane];
+          if constexpr (F::inputs == 2) s.b[lane] = x.b[i + lane];
+        }
+        store_results(Arrays<F>{s.a, s.b, s.r1, s.r2}, 0, y);
+        run_callouts<F>(x, i, flagged, s, environment, name);
+        for (int lane = 0; lane < live; ++lane) {
+          x.r1[i + lane] = s.r1[lane];
+          if constexpr (F::outputs == 2) x.r2[i + lane] = s.r2[lane];
+        }
+        continue;
+      }
+    }
+    if (live == size)
+      store_results(x, i, y);
+    else
+      store_results(x, i, live, y);
+  }
+}
+
+template <class F>
+ORBA_INLINE void run_function(const F& f, const Arrays<F>& x, int32_t n,
+                              FloatEnvironment& environment, const char* name) {
+  constexpr int round = F::unroll * pack_size<typename F::In>;
+  const int64_t whole = n - n % round;
+  int64_t i = 0;
+  while (i < whole) {
+    i = run_rounds(f, x, i, whole);
+    if (i == whole) break;
+    run_packs(f, x, i, i + round, environment, name);
+    i += round;
+  }
+  if (i < n) run_packs(f, x, i, n, environment, name);
+}
+
+// A whole kernel call.
+template <class F>
+ORBA_INLINE void run_kernel(int32_t n, const Arrays<F>& x, const char* name, const F& f = F{}) {
+  const uint32_t mode = vm::kernel_mode();
+  FloatEnvironment environment(mode);
+  if constexpr (requires { typename F::NoError; }) {
+    if ((mode & KAM_ERRMODE_MASK) == KAM_ERRMODE_NOERR) {
+      using N = typename F::NoError;
+      return run_function(N{}, Arrays<N>{x.a, x.b, x.r1, x.r2}, n, environment, name);
+    }
+  }
+  run_function(f, x, n, environment, name);
+}
+
+}  // namespace
+}  // namespace orba::ORBA_CLASS_NAMESPACE
+
+// Kernel entries. The kernel of a row, an accuracy and a class has a C name of its own, such as
+// orba_c3_vdAdd_LA; vm/frame/rows.cpp fills the row from these names. A kernel source ends with one
+// line per row and accuracy: ORBA_KERNEL_... for a kernel, ORBA_SAME_KERNEL where an accuracy shares
+// the kernel of another one.
+#define ORBA_KERNEL_NAME_(class_name, row, accuracy) orba_##class_name##_##row##_##accuracy
+#define ORBA_KERNEL_NAME_EXPANDED(class_name, row, accuracy) ORBA_KERNEL_NAME_(class_name, row, accuracy)
+#define ORBA_KERNEL_NAME(row, accuracy) ORBA_KERNEL_NAME_EXPANDED(ORBA_CLASS_NAMESPACE, row, accuracy)
+#define ORBA_STRING_(x) #x
+#define ORBA_STRING(x) ORBA_STRING_(x)
+
+#define ORBA_KERNEL_1i_1o(t, Name, accuracy, ...)                                                  \
+  extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(                                          \
+      int32_t n, const orba::vm::Type_##t::Element* a, orba::vm::Type_##t::Element* r) {           \
+    using namespace orba::ORBA_CLASS_NAMESPACE;                                                    \
+    run_kernel<__VA_ARGS__>(n, {a, a, r, r}, "v" #t #Name);                                        \
+  }
+#define ORBA_KERNEL_2i_1o(t, Name, accuracy, ...)                                                  \
+  extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(                                          \
+      int32_t n, const orba::vm::Type_##t::Element* a, const orba::vm::Type_##t::Element* b,       \
+      orba::vm::Type_##t::Element* r) {                                                            \
+    using namespace orba::ORBA_CLASS_NAMESPACE;                                                    \
+    run_kernel<__VA_ARGS__>(n, {a, b, r, r}, "v" #t #Name);                                        \
+  }
+#define ORBA_KERNEL_1i_2o(t, Name, accuracy, ...)                                                  \
+  extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(                                          \
+      int32_t n, const orba::vm::Type_##t::Element* a, orba::vm::Type_##t::Element* r1,            \
+      orba::vm::Type_##t::Element* r2) {                                                           \
+    using namespace orba::ORBA_CLASS_NAMESPACE;                                                    \
+    run_kernel<__VA_ARGS__>(n, {a, a, r1, r2}, "v" #t #Name);                                      \
+  }
+#define ORBA_SAME_KERNEL(row, shape, t, accuracy, same_as)                                         \
+  extern "C" orba::vm::Kernel_##shape<orba::vm::Type_##t> ORBA_KERNEL_NAME(row, accuracy)          \
+      __attribute__((alias(ORBA_STRING(ORBA_KERNEL_NAME(row, same_as)))));

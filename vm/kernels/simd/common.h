@@ -1,0 +1,43 @@
+// Vocabulary that follows from the per-class operations.
+#pragma once
+
+namespace orba::ORBA_CLASS_NAMESPACE {
+namespace {
+
+ORBA_INLINE bool any(M64 m) { return bits(m) != 0; }
+ORBA_INLINE bool any(M32 m) { return bits(m) != 0; }
+
+ORBA_INLINE F64 abs(F64 a) { return as_float(as_bits(a) & I64(INT64_MAX)); }
+ORBA_INLINE F32 abs(F32 a) { return as_float(as_bits(a) & I32(INT32_MAX)); }
+ORBA_INLINE F64 negate(F64 a) { return as_float(as_bits(a) ^ I64(INT64_MIN)); }
+ORBA_INLINE F32 negate(F32 a) { return as_float(as_bits(a) ^ I32(INT32_MIN)); }
+
+// Magnitude of a, sign of s.
+ORBA_INLINE F64 copy_sign(F64 a, F64 s) {
+  return as_float((as_bits(a) & I64(INT64_MAX)) | (as_bits(s) & I64(INT64_MIN)));
+}
+ORBA_INLINE F32 copy_sign(F32 a, F32 s) {
+  return as_float((as_bits(a) & I32(INT32_MAX)) | (as_bits(s) & I32(INT32_MIN)));
+}
+
+// Lanes whose high word (single precision: whole word), as an unsigned number, lies outside
+// [lo, hi]: one subtraction and one signed compare, and NaN, infinity and both signs of zero fall
+// on the outside of any range of normal numbers.
+ORBA_INLINE M64 outside(I64 a, uint32_t lo, uint32_t hi) {
+  const uint64_t bias = static_cast<uint64_t>(lo ^ 0x80000000u) << 32;
+  return high_above(a - I64(static_cast<int64_t>(bias)), static_cast<int32_t>((hi - lo) ^ 0x80000000u));
+}
+ORBA_INLINE M32 outside(I32 a, uint32_t lo, uint32_t hi) {
+  return (a - I32(static_cast<int32_t>(lo ^ 0x80000000u))) > I32(static_cast<int32_t>((hi - lo) ^ 0x80000000u));
+}
+
+// Powers of two in hexadecimal constants read best; these build them from an exponent.
+constexpr double pow2(int e) {
+  return __builtin_bit_cast(double, static_cast<uint64_t>(e + 1023) << 52);
+}
+constexpr float pow2f(int e) {
+  return __builtin_bit_cast(float, static_cast<uint32_t>(e + 127) << 23);
+}
+
+}  // namespace
+}  // namespace orba::ORBA_CLASS_NAMESPACE
