@@ -237,8 +237,9 @@ Times are ticks of the time-stamp counter per element (a fixed frequency, not th
 of repeated batches of calls the fastest counts. Speeds are ratios within this run: 1.50 means that the
 kernel is 1.5 times as fast as the peer at n = 1000. The fastest peer is taken among those of
 comparable accuracy: LA and HA against peers whose measured error is below 1 ULP; EP, complex
-functions and functions without such a peer against those below 4 ULP. Errors are the largest over the sample of the benchmark, whose
-arguments lie where timing is done (`bench/cases.def`), not over the whole domain.
+functions and functions without such a peer against those below 4 ULP. Errors are the largest over
+the sample of the benchmark, whose arguments lie where timing is done (`bench/cases.def`), not over
+the whole domain; those of complex results are measured on the modulus.
 """
 
 

@@ -116,9 +116,9 @@ Prices read_prices(const std::string& path) {
 // (p[t+1] - p[t]) / p[t] for each day but the last.
 Series daily_returns(const Series& prices, int indices) {
   const int n = static_cast<int>(prices.size()) - indices;
-  Series result(static_cast<size_t>(n));
-  vdSub(n, prices.data() + indices, prices.data(), result.data());
-  vdDiv(n, result.data(), prices.data(), result.data());
+  Series change(static_cast<size_t>(n)), result(change.size());
+  vdSub(n, prices.data() + indices, prices.data(), change.data());
+  vdDiv(n, change.data(), prices.data(), result.data());  // not in place: the callback shows change
   return result;
 }
 

@@ -6,8 +6,8 @@
 
 namespace orba::serv {
 
-// All give null on failure, on a size of 0 and when size plus overhead overflows. An alignment below
-// 64 or not a power of two counts as 64. Blocks of any of them go back through `free_memory`
+// All give null on failure, on a size of 0 and when size plus overhead overflows. An alignment
+// below 64 or not a power of two counts as 64. Blocks of any of them go back through `free_memory`
 // (null allowed), those of `allocate_plain` through `free_plain`.
 void* allocate(uint64_t size, int alignment) noexcept;
 void* allocate_zeroed(uint64_t count, uint64_t size, int alignment) noexcept;

@@ -1,3 +1,4 @@
+#include <cxxabi.h>
 #include <dlfcn.h>
 #include <errno.h>
 #include <locale.h>
@@ -15,6 +16,8 @@
 #include "serv/module.h"
 #include "serv/platform/platform.h"
 #include "serv/spin_lock.h"
+
+extern "C" void* __dso_handle;  // names this module to the C++ runtime
 
 namespace orba::serv::platform {
 
@@ -56,7 +59,7 @@ constinit SpinLock exit_key_lock;
 
 constinit std::atomic<bool> process_exiting{false};
 
-void note_exit() { process_exiting.store(true, std::memory_order_relaxed); }
+void note_exit(void*) { process_exiting.store(true, std::memory_order_relaxed); }
 
 void thread_ends(void*) { on_thread_detach(); }
 
@@ -68,7 +71,7 @@ int make_exit_key() noexcept {
   if (pthread_key_create(&created, thread_ends) != 0) return kNoKey;
   // From here on there is something to leave alone at exit. The handler belongs to this module, so
   // an unload takes it away. Without it an exit could not be told: then nothing is ever released.
-  if (atexit(note_exit) != 0) note_exit();
+  if (abi::__cxa_atexit(note_exit, nullptr, &__dso_handle) != 0) note_exit(nullptr);
   key = static_cast<int>(created);
   exit_key.store(key, std::memory_order_release);
   return key;

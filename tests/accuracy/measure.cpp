@@ -47,6 +47,7 @@ class Measurer {
     if constexpr (kWidens) {
       if (plan_.exhaustive && wide_) {
         newest_only_ = measurement.exhaustive = true;
+        profile_ = nullptr;
         sampler.run_exhaustively();
       }
     }
@@ -55,6 +56,9 @@ class Measurer {
         remeasure(contender.outcome.ulp, false);
         remeasure(contender.outcome.relative, true);
       }
+    }
+    if (limits_.measure == Measure::kExact) {
+      for (Contender& contender : contenders_) contender.outcome.relative = contender.outcome.ulp;
     }
     measurement.points = points_;
     for (const int kernel_class : live_classes()) {
@@ -76,7 +80,7 @@ class Measurer {
         evaluator_.exact(&batch.a[i * parts_], &batch.b[i * parts_], reference);
       }
     }
-    if (plan_.profile) {
+    if (profile_ != nullptr) {
       for (int i = 0; i < batch.count; ++i) slices_[i] = slice(batch, i);
     }
     if (!newest_only_) points_ += batch.count;
@@ -101,8 +105,7 @@ class Measurer {
 
  private:
   static constexpr bool kWidens = std::is_same_v<Type, vm::Type_s>;
-  static constexpr double kLeastWeight =
-      1 / static_cast<double>(std::numeric_limits<Real>::epsilon());
+  static constexpr double kEpsilon = std::numeric_limits<Real>::epsilon();
 
   auto find(vm::KamKernel kernel) {
     return std::find_if(contenders_.begin(), contenders_.end(),
@@ -132,14 +135,14 @@ class Measurer {
       const Reference& reference = references_[i];
       const double error = error_of(results_[i], reference);
       if (error > contender.outcome.ulp.error) keep(contender.outcome.ulp, error, batch, i);
-      // No weight is below kLeastWeight, which spares most divisions.
-      if (error <= contender.outcome.relative.error * kLeastWeight) continue;
-      const double relative = std::isfinite(error) ? error / reference.weight : error;
+      // A unit is at most kEpsilon of the value, which spares most divisions.
+      if ((error + 1) * kEpsilon <= contender.outcome.relative.error) continue;
+      const double relative = relative_error(error, results_[i], reference);
       if (relative > contender.outcome.relative.error) {
         keep(contender.outcome.relative, relative, batch, i);
       }
     }
-    if (plan_.profile && contender.newest) add_to_profile(batch, contender);
+    if (profile_ != nullptr && contender.newest) add_to_profile(batch, contender);
   }
 
   double error_of(Real got, const Reference& reference) const {
@@ -163,11 +166,12 @@ class Measurer {
   void remeasure(Peak& peak, bool relative) {
     if (peak.error == 0) return;
     const auto a = static_cast<Real>(peak.a[0]);
-    Reference reference;
     const Real unused = 0;
+    Reference reference;
     evaluator_.exact(&a, &unused, &reference);
-    const double error = error_of(static_cast<Real>(peak.got[0]), reference);
-    peak.error = relative && std::isfinite(error) ? error / reference.weight : error;
+    const auto got = static_cast<Real>(peak.got[0]);
+    const double error = error_of(got, reference);
+    peak.error = relative ? relative_error(error, got, reference) : error;
     peak.wanted[0] = reference.head;
   }
 
@@ -231,7 +235,9 @@ class Measurer {
         const int at = slices_[i / parts_];
         if (at < 0) continue;
         const double error = error_of(results_[i], references_[i]);
-        curve[at] = std::max(curve[at], accuracy == KAM_EP ? error / references_[i].weight : error);
+        curve[at] = std::max(curve[at], accuracy == KAM_EP
+                                            ? relative_error(error, results_[i], references_[i])
+                                            : error);
       }
     }
   }

@@ -20,6 +20,11 @@ int zero_or_negative(const Lane& lane) { return lane.a[0] == 0 ? KAM_STATUS_SING
 int below_minus_one(const Lane& lane) {
   return lane.a[0] == -1 ? KAM_STATUS_SING : lane.a[0] < -1 ? KAM_STATUS_ERRDOM : KAM_STATUS_OK;
 }
+int complex_quotient(const Lane& lane) {
+  const bool zero = lane.b[0] == 0 && lane.b[1] == 0;
+  const bool report = lane.overflow && lane.finite_inputs() && !zero;
+  return report ? KAM_STATUS_OVERFLOW : KAM_STATUS_OK;
+}
 int finite_overflow(const Lane& lane) {
   return lane.overflow && lane.finite_inputs() ? KAM_STATUS_OVERFLOW : KAM_STATUS_OK;
 }
@@ -43,7 +48,15 @@ void multiply_by_conjugate(mpfr_t* r, mpfr_t* a, mpfr_t* b) {
   mpfr_fmma(r[0], a[0], b[0], a[1], b[1], kNearest);
   mpfr_fmms(r[1], a[1], b[0], a[0], b[1], kNearest);
 }
+// A zero divisor, of either sign, multiplies both parts by infinity.
 void divide(mpfr_t* r, mpfr_t* a, mpfr_t* b) {
+  if (mpfr_zero_p(b[0]) && mpfr_zero_p(b[1])) {
+    for (int part = 0; part < 2; ++part) {
+      mpfr_set_inf(r[part], 1);
+      mpfr_mul(r[part], r[part], a[part], kNearest);
+    }
+    return;
+  }
   multiply_by_conjugate(r, a, b);
   mpfr_t norm;
   mpfr_init2(norm, kPrecision);
@@ -95,7 +108,7 @@ const Oracle kOracles[] = {
        mpfr_neg(r[1], a[1], kNearest);
      },
      nullptr, never},
-    {"Div", true, divide, nullptr, finite_overflow},
+    {"Div", true, divide, nullptr, complex_quotient},
 };
 const int kOracleCount = static_cast<int>(std::size(kOracles));
 
@@ -129,8 +142,7 @@ void set_unit(Reference& reference, int exponent, double magnitude) {
   reference.scale[1] = power_of_two(half - exponent);
   constexpr double kLowest = std::numeric_limits<Real>::min();
   constexpr double kHighest = std::numeric_limits<Real>::max();
-  reference.weight =
-      std::clamp(magnitude, kLowest, kHighest) * reference.scale[0] * reference.scale[1];
+  reference.size = std::clamp(magnitude, kLowest, kHighest);
 }
 
 }  // namespace
@@ -154,7 +166,10 @@ void Evaluator::exact(const Real* a, const Real* b, Reference* references) {
     Reference& reference = references[part];
     mpfr_srcptr x = r_[part];
     mpfr_srcptr larger = parts_ == 2 && mpfr_cmpabs(r_[1 - part], x) > 0 ? r_[1 - part] : x;
-    const int unit = unit_of<Real>(measure_ == Measure::kNormwise ? larger : x);
+    int unit = unit_of<Real>(x);
+    if (measure_ == Measure::kUlpOfPair) {
+      unit = std::max(unit, unit_of<Real>(larger) - std::numeric_limits<Real>::digits);
+    }
     set_unit<Real>(reference, unit, std::abs(mpfr_get_d(larger, kNearest)));
     reference.head = mpfr_get_d(x, kNearest);
     reference.tail = 0;

@@ -17,11 +17,13 @@
 
 namespace orba::test {
 
-// How the error of a function is counted.
+// How the error of a result is counted, part by part.
 enum class Measure {
-  kExact,     // the result has the bits of the exact value rounded once
-  kUlp,       // per part, in units of the last place of that part's exact value
-  kNormwise,  // per part, in units of the last place of the larger part's exact value
+  kExact,  // the result has the bits of the exact value rounded once
+  kUlp,    // units in the last place of the exact value
+  // The same, but a part of a complex result that is less than one unit of the other part counts as
+  // large as that: where terms cancel further, arithmetic on pairs of numbers has no more digits.
+  kUlpOfPair,
 };
 
 // One element as the rules for reports see it.
@@ -54,7 +56,7 @@ struct Reference {
   double head;      // exact value rounded to double; the largest finite number beyond that
   double tail;      // exact value - head, in units
   double scale[2];  // their product is 1 / unit; one factor could overflow
-  double weight;  // |exact value|, of the larger part, in units; at least the lowest normal number
+  double size;      // |exact value|, of the larger part; at least the smallest normal number
 };
 
 inline double power_of_two(int exponent) {
@@ -114,6 +116,15 @@ double ulp_error(Real got, const Reference& reference) {
                                     reference.scale[1] -
                                 reference.tail);
   return std::isfinite(error) ? error : special_error(got, reference);
+}
+
+// Error of a result relative to the (larger part of the) exact value, to within 2^-53.
+template <class Real>
+double relative_error(double ulps, Real got, const Reference& reference) {
+  const double difference = std::isfinite(got) && std::isfinite(reference.head)
+                                ? std::abs(static_cast<double>(got) - reference.head)
+                                : ulps / reference.scale[0] / reference.scale[1];
+  return ulps == 0 ? 0 : difference / reference.size;
 }
 
 // NaN of any payload are equal, zeros of different sign are not.

@@ -202,8 +202,8 @@ void write_document(const std::filesystem::path& directory, const std::vector<En
          "one kernel. Arguments are drawn by bit pattern, so that every binade has its share; the "
          "10,000 neighbours on each side of every threshold of a kernel come on top. Errors of HA "
          "and LA are in units of the last place of the exact result, those of EP are relative. "
-         "Errors of double-precision complex products and quotients, and all EP errors of complex "
-         "functions, are counted against the larger part of the exact result. Results in the "
+         "Each part of a complex result counts; EP errors are relative to its larger part. Results "
+         "in the "
          "denormal range are measured against its spacing and the smallest normal number.\n\n"
          "Measured on "
       << processor() << ", " << compiler() << ", classes";

@@ -136,12 +136,13 @@ TYPED_TEST_SUITE(ElementLayout, Layouts);
 TYPED_TEST(ElementLayout, CallbackRecordAndReplacement) {
   kamSetErrorCallBack(watch);
   kamSetMode(KAM_ERRMODE_CALLBACK);
+  set_base(this->arrays_[0] + this->kStart - 7 * TypeParam::kParts);  // 7 elements were before
   replace = true;
   this->raise(KAM_STATUS_OVERFLOW);
   EXPECT_EQ(calls, 1);
   EXPECT_EQ(kamGetErrStatus(), KAM_STATUS_OVERFLOW);
   EXPECT_EQ(seen.code, KAM_STATUS_OVERFLOW);
-  EXPECT_EQ(seen.index, this->kIndex);
+  EXPECT_EQ(seen.index, this->kIndex + 7);
   EXPECT_STREQ(seen.func_name, "vtName");
   EXPECT_EQ(seen.func_name_len, 6);
   EXPECT_EQ(seen.a1, 1000 + this->position(0));
@@ -168,15 +169,6 @@ TYPED_TEST(ElementLayout, CallbackThatFinishesTheError) {
   EXPECT_EQ(x87_status(), 0);
   this->expect_results(3000 + this->position(2), 4000 + this->position(3), 3001 + this->position(2),
                        4001 + this->position(3));
-}
-
-TYPED_TEST(ElementLayout, IndexInTheWholeArrayOfAFork) {
-  kamSetErrorCallBack(watch);
-  const auto* chunk = this->arrays_[0] + this->kStart;
-  set_base(chunk - 7 * TypeParam::kParts);
-  this->raise(KAM_STATUS_SING);
-  EXPECT_EQ(seen.index, this->kIndex + 7);
-  EXPECT_EQ(seen.a1, 1000 + this->position(0));
 }
 
 TYPED_TEST(ElementLayout, NoElementWithoutArrays) {
@@ -210,6 +202,9 @@ TEST_F(ElementError, ReactionOfEveryMode) {
       {KAM_ERRMODE_NOERR | KAM_ERRMODE_ERRNO, 2, ERANGE, false, 0, 0},
       {KAM_ERRMODE_IGNORE | KAM_ERRMODE_CALLBACK, 2, 0, false, 0, 1},
       {0, 2, 0, false, 0, 0},
+      // traps of other exceptions, and traps without the exception mode
+      {KAM_ERRMODE_EXCEPT | KAM_TRAP_INVALID | KAM_TRAP_OVERFLOW, 2, 0, false, 4, 0},
+      {KAM_ERRMODE_ERRNO | KAM_TRAP_MASK, 2, ERANGE, false, 0, 0},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.mode);
@@ -220,6 +215,7 @@ TEST_F(ElementError, ReactionOfEveryMode) {
     EXPECT_EQ(kamGetErrStatus(), c.status);
     EXPECT_EQ(!text.empty(), c.printed);
     EXPECT_EQ(x87_status(), c.x87_flags);
+    EXPECT_EQ(x87_masks(), 0x3F);
     EXPECT_EQ(calls, c.calls);
     EXPECT_EQ(out_of_domain[1], 7);
   }
@@ -292,30 +288,9 @@ TEST_F(ElementError, PrintedLines) {
 
 TEST_F(ElementError, LongNameIsCut) {
   kamSetErrorCallBack(watch);
-  raise_double(KAM_STATUS_SING, std::string(47, 'x').c_str());
-  EXPECT_EQ(seen.func_name, std::string(47, 'x'));
   raise_double(KAM_STATUS_SING, std::string(60, 'x').c_str());
   EXPECT_EQ(seen.func_name, std::string(47, 'x'));
   EXPECT_EQ(seen.func_name_len, 47);
-}
-
-TEST_F(ElementError, OneOutputTakesTheFirstResult) {
-  kamSetErrorCallBack(watch);
-  replace = true;
-  raise_double(KAM_STATUS_SING);
-  EXPECT_EQ(out_of_domain[1], 100.5);
-}
-
-TEST_F(ElementError, TrapsAreMaskedAgain) {
-  for (const uint32_t trap : {KAM_TRAP_DIVBYZERO, KAM_TRAP_OVERFLOW, KAM_TRAP_UNDERFLOW}) {
-    reset(KAM_ERRMODE_EXCEPT | trap);
-    raise_double(KAM_STATUS_ERRDOM);  // another exception than the one unmasked
-    EXPECT_EQ(x87_status(), 1);
-    EXPECT_EQ(x87_masks(), 0x3F);
-  }
-  reset(KAM_ERRMODE_ERRNO | KAM_TRAP_MASK);  // traps belong to the exception mode
-  raise_double(KAM_STATUS_ERRDOM);
-  EXPECT_EQ(x87_status(), 0);
 }
 
 using ElementErrorDeathTest = ElementError;
@@ -332,7 +307,6 @@ TEST_F(ElementErrorDeathTest, UnmaskedExceptionTraps) {
                         {KAM_TRAP_OVERFLOW, KAM_STATUS_OVERFLOW, kTrapped},
                         {KAM_TRAP_UNDERFLOW, KAM_STATUS_UNDERFLOW, kTrapped},
                         {KAM_TRAP_MASK, KAM_STATUS_SING, kTrapped},
-                        {KAM_TRAP_OVERFLOW, KAM_STATUS_SING, 0},
                         {KAM_TRAP_MASK, 1000, 0}};
   for (const Case& c : cases) {
     EXPECT_EXIT(

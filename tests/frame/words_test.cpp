@@ -4,6 +4,7 @@
 #include <stdlib.h>
 
 #include <string>
+#include <utility>
 
 #include "tests/support/observe.h"
 
@@ -14,56 +15,33 @@ using orba::test::in_new_thread;
 
 constexpr char kVariable[] = "ORBA_KAMMODE";
 
-TEST(ModeString, Grammar) {
-  struct Case {
-    const char* text;
-    bool valid;
-    uint32_t value;
-  };
-  const Case cases[] = {
-      {"KAM_LA", true, 0x1},
-      {"KAM_HA", true, 0x2},
-      {"KAM_EP", true, 0x3},
-      {"KAM_DEFAULT_PRECISION", true, 0x0},
-      {"KAM_FLOAT_CONSISTENT", true, 0x10},
-      {"KAM_DOUBLE_CONSISTEN", true, 0x20},
-      {"KAM_RESTORE", true, 0x30},
-      {"KAM_ERRMODE_IGNORE", true, 0x100},
-      {"KAM_ERRMODE_ERRNO", true, 0x200},
-      {"KAM_ERRMODE_STDERR", true, 0x400},
-      {"KAM_ERRMODE_EXCEPT", true, 0x800},
-      {"KAM_ERRMODE_CALLBACK", true, 0x1000},
-      {"KAM_ERRMODE_NOERR", true, 0x2000},
-      {"KAM_ERRMODE_DEFAULT", true, 0x1A00},
-      {"KAM_TRAP_INVALID", true, 0x1000000},
-      {"KAM_TRAP_DIVBYZERO", true, 0x2000000},
-      {"KAM_TRAP_OVERFLOW", true, 0x4000000},
-      {"KAM_TRAP_UNDERFLOW", true, 0x8000000},
-      {"KAM_HA,KAM_ERRMODE_ERRNO", true, 0x202},
-      {"KAM_LA,KAM_HA", true, 0x3},
-      {"KAM_EP,KAM_FLOAT_CONSISTENT,KAM_ERRMODE_STDERR,KAM_ERRMODE_ERRNO,KAM_TRAP_INVALID", true,
-       0x1000613},
-      {"KAM_DOUBLE_CONSISTENT", false, 0},
-      {"", false, 0},
-      {"HA", false, 0},
-      {"KAM_", false, 0},
-      {"KAM_XX", false, 0},
-      {"kam_ha", false, 0},
-      {"KAM_ha", false, 0},
-      {" KAM_HA", false, 0},
-      {"KAM_HA ", false, 0},
-      {"KAM_HA, KAM_LA", false, 0},
-      {"KAM_HA,", false, 0},
-      {"KAM_HA,,KAM_LA", false, 0},
-      {",KAM_HA", false, 0},
-      {"KAM_HAPPY", false, 0},
-      {"KAM_HA;KAM_LA", false, 0},
-      {"KAM_HA,LA", false, 0},
-  };
-  for (const Case& c : cases) {
-    uint32_t value = 0;
-    EXPECT_EQ(parse_mode(c.text, &value), c.valid) << c.text;
-    EXPECT_EQ(value, c.value) << c.text;
+TEST(ModeString, Keywords) {
+  // clang-format off
+  const std::pair<const char*, uint32_t> cases[] = {
+      {"LA", 0x1}, {"HA", 0x2}, {"EP", 0x3},
+      {"DEFAULT_PRECISION", 0}, {"FLOAT_CONSISTENT", 0x10}, {"DOUBLE_CONSISTEN", 0x20},
+      {"RESTORE", 0x30}, {"ERRMODE_IGNORE", 0x100}, {"ERRMODE_ERRNO", 0x200},
+      {"ERRMODE_STDERR", 0x400}, {"ERRMODE_EXCEPT", 0x800}, {"ERRMODE_CALLBACK", 0x1000},
+      {"ERRMODE_NOERR", 0x2000}, {"ERRMODE_DEFAULT", 0x1A00}, {"TRAP_INVALID", 0x1000000},
+      {"TRAP_DIVBYZERO", 0x2000000}, {"TRAP_OVERFLOW", 0x4000000},
+      {"TRAP_UNDERFLOW", 0x8000000}};
+  // clang-format on
+  for (const auto& [keyword, bits] : cases) {
+    uint32_t value = 99;
+    EXPECT_TRUE(parse_mode(("KAM_" + std::string(keyword)).c_str(), &value)) << keyword;
+    EXPECT_EQ(value, bits) << keyword;
+    EXPECT_TRUE(parse_mode(("KAM_LA,KAM_" + std::string(keyword)).c_str(), &value)) << keyword;
+    EXPECT_EQ(value, bits | 1) << keyword;
+  }
+}
+
+TEST(ModeString, Malformed) {
+  for (const char* text : {"", "HA", "KAM_", "KAM_XX", "kam_ha", "KAM_ha", " KAM_HA", "KAM_HA ",
+                           "KAM_HA, KAM_LA", "KAM_HA,", "KAM_HA,,KAM_LA", ",KAM_HA", "KAM_HAPPY",
+                           "KAM_HA;KAM_LA", "KAM_HA,LA", "KAM_DOUBLE_CONSISTENT"}) {
+    uint32_t value = 99;
+    EXPECT_FALSE(parse_mode(text, &value)) << text;
+    EXPECT_EQ(value, 99u) << text;
   }
 }
 
@@ -175,13 +153,20 @@ TEST(Callback, ModeBitFollowsThePointer) {
   }));
 }
 
+// Read through volatile: a compiler may take two names for two addresses.
+template <class Function>
+bool same_entry(Function* a, Function* b) {
+  Function* volatile hidden = a;
+  return hidden == b;
+}
+
 TEST(LowerCaseNames, SameEntries) {
-  EXPECT_EQ(kamgetmode, kamGetMode);
-  EXPECT_EQ(kamgeterrstatus, kamGetErrStatus);
-  EXPECT_EQ(kamclearerrstatus, kamClearErrStatus);
-  EXPECT_EQ(kamseterrorcallback, kamSetErrorCallBack);
-  EXPECT_EQ(kamgeterrorcallback, kamGetErrorCallBack);
-  EXPECT_EQ(kamclearerrorcallback, kamClearErrorCallBack);
+  EXPECT_TRUE(same_entry(kamgetmode, kamGetMode));
+  EXPECT_TRUE(same_entry(kamgeterrstatus, kamGetErrStatus));
+  EXPECT_TRUE(same_entry(kamclearerrstatus, kamClearErrStatus));
+  EXPECT_TRUE(same_entry(kamseterrorcallback, kamSetErrorCallBack));
+  EXPECT_TRUE(same_entry(kamgeterrorcallback, kamGetErrorCallBack));
+  EXPECT_TRUE(same_entry(kamclearerrorcallback, kamClearErrorCallBack));
 }
 
 }  // namespace

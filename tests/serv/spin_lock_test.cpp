@@ -11,14 +11,6 @@ namespace {
 using orba::serv::SpinGuard;
 using orba::serv::SpinLock;
 
-TEST(SpinLock, TryFailsOnlyWhileHeld) {
-  SpinLock lock;
-  EXPECT_TRUE(lock.try_lock());
-  EXPECT_FALSE(lock.try_lock());
-  lock.unlock();
-  EXPECT_TRUE(lock.try_lock());
-}
-
 TEST(SpinLock, GuardsACounterUnderContention) {
   constexpr int kThreads = 8;
   constexpr int kRounds = 20000;

@@ -5,12 +5,16 @@
 //             its rest lies below the last bit wanted. Flags arguments outside the range whose
 //             reciprocals, and all intermediate values, are normal.
 //
-// class      0, 1, 2     3             5
-// HA         hardware    hardware      refined, the last step on a residual: 0.5 ULP and 2^-28 of one
-// LA         as HA       refined e^4   as HA
-// EP         as HA       refined e^2   refined e
+//   fast      see recip_fast. Flags as refined.
 //
-// Seed errors 2^-11.4 (class 3) and 2^-14 (class 5) make the rests 2^-57, 2^-34 and 2^-28.
+// class      0, 1, 2     3                                5
+// HA         hardware    hardware                         refined to e^2, then on the residual of
+//                                                         that: 0.5 ULP and 2^-28 of one
+// LA         as HA       as HA; single: refined to e^2    as HA; single: refined to e
+// EP         as HA       fast; single: refined to e       refined to e
+//
+// With seeds good to 2^-11.4 (class 3) and 2^-14 (class 5) the series ends at 2^-34 and 2^-28 of the
+// result for e^2 and e in single on class 3, 2^-28 for e on class 5.
 #include "vm/kernels/arith/recip.h"
 #include "vm/kernels/contract/kernel.h"
 #include "vm/kernels/contract/scalar.h"
@@ -50,6 +54,13 @@ struct InvSeries : InvBase<V> {
   }
 };
 
+struct InvFast : InvBase<F64> {
+  ORBA_INLINE static F64 eval(F64 x, M64& flag) {
+    flag = flag | not_invertible(x);
+    return recip_fast(x);
+  }
+};
+
 // The series to degree 2, then one step on the residual of that.
 struct InvTwoSteps : InvBase<F64> {
   ORBA_INLINE static F64 eval(F64 x, M64& flag) {
@@ -70,8 +81,8 @@ ORBA_KERNEL_1i_1o(s, Inv, LA, InvSeries<F32, 1>)
 ORBA_SAME_KERNEL(vsInv, 1i_1o, s, EP, LA)
 #elif ORBA_CLASS == 3
 ORBA_KERNEL_1i_1o(d, Inv, HA, InvHardware<F64>)
-ORBA_KERNEL_1i_1o(d, Inv, LA, InvSeries<F64, 4>)
-ORBA_KERNEL_1i_1o(d, Inv, EP, InvSeries<F64, 2>)
+ORBA_SAME_KERNEL(vdInv, 1i_1o, d, LA, HA)
+ORBA_KERNEL_1i_1o(d, Inv, EP, InvFast)
 ORBA_KERNEL_1i_1o(s, Inv, HA, InvHardware<F32>)
 ORBA_KERNEL_1i_1o(s, Inv, LA, InvSeries<F32, 2>)
 ORBA_KERNEL_1i_1o(s, Inv, EP, InvSeries<F32, 1>)

@@ -68,9 +68,12 @@ struct SqrtBase<F32> {
   static int32_t callout(const float* a, float* r) { return narrowed(sqrt_callout, a, r); }
 };
 
-// Lanes outside [2^-1022, 2^1022); single: all but the normal positive numbers.
+// Lanes outside [2^-1022, 2^1022); single: all but the normal positive numbers. The residual of HA
+// has no bits to lose from 2^-970 (2^-102) on.
 ORBA_INLINE M64 special(F64 x) { return outside(as_bits(x), 0x00100000, 0x7fcfffff); }
 ORBA_INLINE M32 special(F32 x) { return outside(as_bits(x), 0x00800000, 0x7f7fffff); }
+ORBA_INLINE M64 special_for_residual(F64 x) { return outside(as_bits(x), 0x03500000, 0x7fcfffff); }
+ORBA_INLINE M32 special_for_residual(F32 x) { return outside(as_bits(x), 0x0c800000, 0x7f7fffff); }
 
 template <class V>
 struct SqrtHardware : SqrtBase<V> {
@@ -107,7 +110,7 @@ ORBA_INLINE F32 series(F32 e, Degree degree) {
 template <class V, Degree degree>
 struct SqrtSeries : SqrtHardware<V> {
   ORBA_INLINE static V eval(V x, typename V::Mask& flag) {
-    flag = flag | special(x);
+    flag = flag | (degree == Degree::full_with_residual ? special_for_residual(x) : special(x));
     const V y = rsqrt_seed(x);
     const V t = x * y;
     const V e = neg_mul_add(t, y, V(1));
