@@ -121,18 +121,19 @@ const Oracle* find_oracle(std::string_view function, bool complex) {
 
 namespace {
 
+constexpr int kPairMargin = 48;
+
 template <class Real>
 int clamp_unit(int exponent) {
   return std::clamp(exponent, Format<Real>::kMinUnit, Format<Real>::kMaxUnit);
 }
 
-// Exponent of the last place of x's binade.
+// Exponent of the last place of x's binade, whatever the range of the type.
 template <class Real>
-int unit_of(mpfr_srcptr x) {
-  if (!mpfr_regular_p(x)) return Format<Real>::kMinUnit;
+int place_of(mpfr_srcptr x) {
   constexpr mpfr_exp_t kRange = 1 << 14;
-  const auto exponent = static_cast<int>(std::clamp(mpfr_get_exp(x), -kRange, kRange));
-  return clamp_unit<Real>(exponent - std::numeric_limits<Real>::digits);
+  const auto exponent = mpfr_regular_p(x) ? std::clamp(mpfr_get_exp(x), -kRange, kRange) : -kRange;
+  return static_cast<int>(exponent) - std::numeric_limits<Real>::digits;
 }
 
 template <class Real>
@@ -166,10 +167,11 @@ void Evaluator::exact(const Real* a, const Real* b, Reference* references) {
     Reference& reference = references[part];
     mpfr_srcptr x = r_[part];
     mpfr_srcptr larger = parts_ == 2 && mpfr_cmpabs(r_[1 - part], x) > 0 ? r_[1 - part] : x;
-    int unit = unit_of<Real>(x);
+    int place = place_of<Real>(x);
     if (measure_ == Measure::kUlpOfPair) {
-      unit = std::max(unit, unit_of<Real>(larger) - std::numeric_limits<Real>::digits);
+      place = std::max(place, place_of<Real>(larger) - kPairMargin);
     }
+    const int unit = clamp_unit<Real>(place);
     set_unit<Real>(reference, unit, std::abs(mpfr_get_d(larger, kNearest)));
     reference.head = mpfr_get_d(x, kNearest);
     reference.tail = 0;

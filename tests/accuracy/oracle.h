@@ -21,8 +21,8 @@ namespace orba::test {
 enum class Measure {
   kExact,  // the result has the bits of the exact value rounded once
   kUlp,    // units in the last place of the exact value
-  // The same, but a part of a complex result that is less than one unit of the other part counts as
-  // large as that: where terms cancel further, arithmetic on pairs of numbers has no more digits.
+  // The same, but a part of a complex result that is below 2^-48 of the other one counts as large
+  // as that: where terms cancel further, arithmetic on pairs of numbers runs out of digits.
   kUlpOfPair,
 };
 
