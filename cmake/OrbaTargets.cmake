@@ -40,6 +40,10 @@ file(GLOB_RECURSE ORBA_KERNEL_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/vm
 add_library(orba_base OBJECT ${ORBA_BASE_SOURCES})
 target_link_libraries(orba_base PRIVATE orba_options)
 target_compile_options(orba_base PRIVATE -march=x86-64 -fno-exceptions -fno-rtti)
+# The compiler's own OpenMP runtime, which a program with parallel regions of its own shares.
+set_source_files_properties(
+  ${PROJECT_SOURCE_DIR}/serv/threads/thread_count.cpp ${PROJECT_SOURCE_DIR}/vm/frame/threader.cpp
+  PROPERTIES COMPILE_OPTIONS "${OpenMP_CXX_FLAGS}")
 orba_add_class_objects(orba_kernels ${ORBA_KERNEL_SOURCES})
 
 set(ORBA_OBJECTS $<TARGET_OBJECTS:orba_base>)
@@ -65,11 +69,11 @@ set_target_properties(orba PROPERTIES
 target_link_options(orba PRIVATE -Wl,--version-script=${ORBA_EXPORT_MAP} -Wl,-z,defs -Wl,-z,now)
 target_include_directories(orba INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-target_link_libraries(orba PRIVATE ${CMAKE_DL_LIBS} Threads::Threads)
+target_link_libraries(orba PRIVATE ${CMAKE_DL_LIBS} Threads::Threads OpenMP::OpenMP_CXX)
 add_library(Orba::orba ALIAS orba)
 
 # The same objects with their internals within reach, for tests and benchmarks.
 add_library(orba_internal STATIC ${ORBA_OBJECTS})
 set_target_properties(orba_internal PROPERTIES LINKER_LANGUAGE CXX)
 target_include_directories(orba_internal INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
-target_link_libraries(orba_internal INTERFACE ${CMAKE_DL_LIBS} Threads::Threads)
+target_link_libraries(orba_internal INTERFACE ${CMAKE_DL_LIBS} Threads::Threads OpenMP::OpenMP_CXX)

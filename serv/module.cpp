@@ -4,6 +4,7 @@
 #include "serv/messages.h"
 #include "serv/platform/platform.h"
 #include "serv/spin_lock.h"
+#include "serv/threads/thread_count.h"
 
 namespace orba::serv {
 namespace {
@@ -77,6 +78,7 @@ void* make_thread_block(uint32_t size) noexcept {
 void on_process_attach() noexcept {
   // Asks the loader now, in a call of its own, rather than from some thread in the middle of work.
   platform::loaded_as_module();
+  keep_thread_runtime();
 }
 
 void on_thread_detach() noexcept {

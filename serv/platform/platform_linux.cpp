@@ -14,6 +14,7 @@
 #include <atomic>
 
 #include "serv/module.h"
+#include "serv/platform/errno_keeper.h"
 #include "serv/platform/platform.h"
 #include "serv/spin_lock.h"
 
@@ -24,18 +25,6 @@ namespace orba::serv::platform {
 thread_local constinit void* thread_slot __attribute__((tls_model("initial-exec"))) = nullptr;
 
 namespace {
-
-// Output goes on behind errno's back: a caller asked for errno to tell of a failed element.
-class ErrnoKeeper {
- public:
-  ErrnoKeeper() noexcept : saved_(errno) {}
-  ~ErrnoKeeper() { errno = saved_; }
-  ErrnoKeeper(const ErrnoKeeper&) = delete;
-  ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
-
- private:
-  int saved_;
-};
 
 // The private heap: blocks of the C runtime, chained so that an unload finds those of threads that
 // are still alive. The header keeps the user part aligned at 16.

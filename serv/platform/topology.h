@@ -18,8 +18,8 @@ struct ProcessorCounts {
 // Logical processors by the system's numbers.
 using ProcessorSet = std::bitset<8192>;
 
-// Those that the system lets the calling thread run on: a container or a batch system may have given
-// the process a part of the machine. Empty when the system doesn't tell.
+// Those that the system lets the calling thread run on: a container or a batch system may have
+// given the process a part of the machine. Empty when the system doesn't tell.
 ProcessorSet allowed_processors() noexcept;
 
 // Counts of the machine as far as it consists of these processors; all 1 for an empty set.

@@ -1,7 +1,6 @@
 #include "serv/platform/topology.h"
 
 #include <dlfcn.h>
-#include <errno.h>
 #include <fcntl.h>
 #include <sched.h>
 #include <stdio.h>
@@ -12,18 +11,6 @@
 
 namespace orba::serv::platform {
 namespace {
-
-// The caller of a vector function reads errno for errors in the elements.
-class ErrnoKeeper {
- public:
-  ErrnoKeeper() noexcept : saved_(errno) {}
-  ~ErrnoKeeper() { errno = saved_; }
-  ErrnoKeeper(const ErrnoKeeper&) = delete;
-  ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
-
- private:
-  int saved_;
-};
 
 // A list like "0-3,8,10-11" out of a file; empty when there is no such file.
 ProcessorSet read_list(const char* path) {
@@ -76,7 +63,6 @@ int32_t count_nodes(const ProcessorSet& processors, const char* directory) {
 }  // namespace
 
 ProcessorSet allowed_processors() noexcept {
-  const ErrnoKeeper keeper;
   ProcessorSet set;
   cpu_set_t masks[set.size() / CPU_SETSIZE];
   if (sched_getaffinity(0, sizeof masks, masks) != 0) return set;
@@ -87,7 +73,6 @@ ProcessorSet allowed_processors() noexcept {
 ProcessorCounts count_processors(const ProcessorSet& processors, const char* directory) noexcept {
   ProcessorCounts counts;
   if (processors.none()) return counts;
-  const ErrnoKeeper keeper;
   counts.logical = static_cast<int32_t>(processors.count());
   counts.cores = count_cores(processors, directory);
   counts.nodes = std::clamp(count_nodes(processors, directory), 1, counts.cores);
@@ -99,7 +84,6 @@ ProcessorCounts count_processors(const ProcessorSet& processors) noexcept {
 }
 
 void keep_loaded(const void* code) noexcept {
-  const ErrnoKeeper keeper;
   Dl_info module;
   if (dladdr(code, &module) == 0) return;
   dlopen(module.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);

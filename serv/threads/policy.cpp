@@ -23,8 +23,9 @@ int32_t count_threads(Domain domain, const ThreadSettings& settings, int32_t cor
 }
 
 float balance_factor(const platform::ProcessorCounts& processors) noexcept {
-  // Cost of a pair of processors, by how close they are, in the unit of the cost hints. Two hardware
-  // threads of one core are the dearest: they share the units that they would both keep busy.
+  // Cost of a pair of processors, by how close they are, in the unit of the cost hints. Two
+  // hardware threads of one core are the dearest: they share the units that they would both keep
+  // busy.
   constexpr float kOnDifferentNodes = 9000.0f;
   constexpr float kOnOneNode = 60000.0f;
   constexpr float kOnOneCore = 500000.0f;

@@ -29,10 +29,8 @@ constexpr struct {
   const char* name;
   char end;
 } kProcessesPerNode[] = {
-    {"ORBA_MPI_PPN", '\0'},
-    {"TSL_MPI_NUMBER_OF_MPI_PROCESSES_PER_NODE", '\0'},
-    {"TSL_MPI_PIN_MAPPING", ':'},
-    {"OMPI_COMM_WORLD_LOCAL_SIZE", '\0'},
+    {"ORBA_MPI_PPN", '\0'},       {"TSL_MPI_NUMBER_OF_MPI_PROCESSES_PER_NODE", '\0'},
+    {"TSL_MPI_PIN_MAPPING", ':'}, {"OMPI_COMM_WORLD_LOCAL_SIZE", '\0'},
     {"MPI_LOCALNRANKS", '\0'},
 };
 

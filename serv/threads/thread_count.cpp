@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "serv/environment.h"
+#include "serv/platform/errno_keeper.h"
 #include "serv/platform/topology.h"
 #include "serv/spin_lock.h"
 #include "serv/threads/policy.h"
@@ -44,9 +45,7 @@ platform::ProcessorSet usable_processors() noexcept {
 // Threads that meet here each do the work, and one of them publishes it: nothing that may wait for
 // the loader or the file system is done under the lock.
 void find_out() noexcept {
-  // The runtime's workers outlive their team. Should this library be unloaded, its runtime must not
-  // go with it.
-  platform::keep_loaded(reinterpret_cast<const void*>(&omp_get_max_threads));
+  const platform::ErrnoKeeper keeper;
   ThreadWords words;
   words.settings = read_thread_settings(read_environment);
   words.processors = platform::count_processors(usable_processors());
@@ -59,7 +58,8 @@ void find_out() noexcept {
 }
 
 const ThreadWords& thread_words() noexcept {
-  if (unknown.load(std::memory_order_acquire)) [[unlikely]] find_out();
+  if (unknown.load(std::memory_order_acquire)) [[unlikely]]
+    find_out();
   return known;
 }
 
@@ -67,6 +67,10 @@ constexpr OpenMpQueries kOpenMp = {[] { return omp_in_parallel() != 0; },
                                    [] { return static_cast<int32_t>(omp_get_max_threads()); }};
 
 }  // namespace
+
+void keep_thread_runtime() noexcept {
+  platform::keep_loaded(reinterpret_cast<const void*>(&omp_get_max_threads));
+}
 
 int32_t thread_count(Domain domain) noexcept {
   if (local_count > 0) return local_count;
@@ -80,9 +84,7 @@ int32_t balance_threads(int32_t* threads, int32_t n, float hint) noexcept {
   return *threads = balance(*threads, n, hint, thread_words().factor);
 }
 
-int32_t set_local_thread_count(int32_t count) noexcept {
-  return std::exchange(local_count, count);
-}
+int32_t set_local_thread_count(int32_t count) noexcept { return std::exchange(local_count, count); }
 
 int32_t stripe_count() noexcept { return thread_words().settings.stripes; }
 int32_t node_count() noexcept { return thread_words().processors.nodes; }

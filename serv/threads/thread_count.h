@@ -1,5 +1,5 @@
-// Thread counts of this process. The environment is read and the processors are counted once, at the
-// first query; whatever changes later is not seen.
+// Thread counts of this process. The environment is read and the processors are counted once, at
+// the first query; whatever changes later is not seen.
 #pragma once
 
 #include <stdint.h>
@@ -25,5 +25,9 @@ int32_t stripe_count() noexcept;  // -1 when not set
 int32_t node_count() noexcept;
 int32_t cores_per_node() noexcept;
 int32_t logical_processors() noexcept;
+
+// To be called when the library is loaded: its OpenMP runtime stays, should it be unloaded. Worker
+// threads run in the runtime as long as the process lives.
+void keep_thread_runtime() noexcept;
 
 }  // namespace orba::serv

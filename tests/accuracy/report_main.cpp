@@ -73,15 +73,22 @@ void write_table(std::ostream& out, const Entry& entry) {
     return;
   }
   out << "| accuracy | class | largest error | at | limit |\n|---|---|---|---|---|\n";
-  for (const Cell& cell : cells(*subject)) {
-    const Peak& peak = measured.at(cell.classes[0], cell.accuracy).peak(cell.accuracy);
-    std::string classes;
-    for (const int kernel_class : cell.classes) {
+  std::string classes;
+  const std::vector<Cell> all = cells(*subject);
+  for (size_t i = 0; i < all.size(); ++i) {
+    const auto& [accuracy, of_cell] = all[i];
+    for (const int kernel_class : of_cell) {
       classes += (classes.empty() ? "" : ", ") + std::to_string(kernel_class);
     }
-    out << "| " << accuracy_name(cell.accuracy) << " | " << classes << " | "
-        << figure(cell.accuracy, peak.error) << " | `" << arguments(*subject, peak) << "` | "
-        << figure(cell.accuracy, limits->limit(cell.accuracy)) << " |\n";
+    const auto row = [&](const Cell& cell) {
+      const Peak& peak = measured.at(cell.classes[0], cell.accuracy).peak(cell.accuracy);
+      return figure(cell.accuracy, peak.error) + " | `" + arguments(*subject, peak) + "` | " +
+             figure(cell.accuracy, limits->limit(cell.accuracy));
+    };
+    const bool last = i + 1 == all.size() || all[i + 1].accuracy != accuracy;
+    if (!last && row(all[i + 1]) == row(all[i])) continue;
+    out << "| " << accuracy_name(accuracy) << " | " << classes << " | " << row(all[i]) << " |\n";
+    classes.clear();
   }
   if (limits->plot.axis != Axis::kNone) {
     out << "\n![error of " << subject->name() << "](accuracy/" << subject->name() << ".svg)\n";
@@ -198,13 +205,17 @@ void write_document(const std::filesystem::path& directory, const std::vector<En
          "Written by `scripts/update_accuracy`; the tests hold every kernel to the limits "
          "(`tests/accuracy/limits.def`).\n\n"
          "Each kernel of each function is called directly, once per accuracy and processor class, "
-         "and compared with values from MPFR (160 bits). Where classes stand together they share "
-         "one kernel. Arguments are drawn by bit pattern, so that every binade has its share; the "
-         "10,000 neighbours on each side of every threshold of a kernel come on top. Errors of HA "
-         "and LA are in units of the last place of the exact result, those of EP are relative. "
-         "Each part of a complex result counts; EP errors are relative to its larger part. Results "
-         "in the "
-         "denormal range are measured against its spacing and the smallest normal number.\n\n"
+         "and compared with values from MPFR (160 bits). Single-precision functions of one "
+         "argument "
+         "are searched exhaustively with values in double precision; the largest errors found are "
+         "then computed again with MPFR. Arguments are drawn by bit pattern, so that every binade "
+         "has its share; the 10,000 neighbours on each side of every threshold of a kernel come on "
+         "top. Errors of HA and LA are in units of the last place of the exact result (below the "
+         "normal range: of the spacing of denormal numbers), those of EP are relative (to the "
+         "smallest normal number at least). Each part of a complex result counts at HA and LA; EP "
+         "errors are relative to its larger part. Classes that stand together have the same "
+         "largest "
+         "error at the same place.\n\n"
          "Measured on "
       << processor() << ", " << compiler() << ", classes";
   for (const int kernel_class : live_classes()) out << ' ' << kernel_class;

@@ -13,10 +13,11 @@
 namespace orba::vm {
 
 // Out of line: what a call does about a bad argument.
-void refuse_arguments(const char* name, int32_t position, int32_t status) noexcept;
+[[gnu::noinline]] void refuse_arguments(const char* name, int32_t position,
+                                        int32_t status) noexcept;
 
-// The functions whose LA and HA rows have no kernel of that accuracy class of their own: a call under
-// LA or HA leaves KAM_STATUS_ACCURACYWARNING in the status, and runs.
+// The functions whose LA and HA rows have no kernel of that accuracy class of their own: a call
+// under LA or HA leaves KAM_STATUS_ACCURACYWARNING in the status, and runs.
 constexpr bool warns_of_accuracy(std::string_view name) {
   return name == "vsLinearFrac" || name == "vdLinearFrac" || name == "vzPow" || name == "vzPowx";
 }
@@ -47,19 +48,34 @@ inline bool accept_arguments(const char* name, int32_t n, Args... args) noexcept
 }
 
 template <class Kernel, bool accuracy_warning, class... Args>
-inline void run_selected(const KamKernelRow& row, int32_t n, Args... args) noexcept {
-  const int kernel_class = serv::kam_class();
-  const int index = row_index(kernel_class, mode());
+inline void run_selected(int kernel_class, uint32_t mode_word, const KamKernelRow& row, int32_t n,
+                         Args... args) noexcept {
+  const int index = row_index(kernel_class, mode_word);
   if constexpr (accuracy_warning) {
     if (index / kClassCount != KAM_EP - 1) set_status(KAM_STATUS_ACCURACYWARNING);
   }
-  run_threaded<Kernel>(row.kernel.data()[index], row.hint.data()[index], n, args...);
+  threader<Kernel>(reinterpret_cast<Kernel*>(row.kernel.data()[index]), n, args...,
+                   row.hint.data()[index]);
+}
+
+// For calls that may still have to find class or mode. Out of line with all arguments handed on, so
+// that the others need no registers saved for it.
+template <class Kernel, bool accuracy_warning, class... Args>
+[[gnu::noinline]] void find_and_run(const KamKernelRow& row, int32_t n, Args... args) noexcept {
+  run_selected<Kernel, accuracy_warning>(serv::kam_class(), mode(), row, n, args...);
 }
 
 template <class Kernel, bool accuracy_warning, class... Args>
 inline void vector_call(const KamKernelRow& row, const char* name, int32_t n,
                         Args... args) noexcept {
-  if (accept_arguments(name, n, args...)) run_selected<Kernel, accuracy_warning>(row, n, args...);
+  if (!accept_arguments(name, n, args...)) return;
+  const int kernel_class = serv::kam_class_word.load(std::memory_order_relaxed);
+  const auto* words = static_cast<const KamThreadWords*>(serv::platform::thread_slot);
+  const uint32_t mode_word = words != nullptr ? words->mode : 0;
+  if (kernel_class == -1 || mode_word == 0) [[unlikely]] {
+    return find_and_run<Kernel, accuracy_warning>(row, n, args...);
+  }
+  run_selected<Kernel, accuracy_warning>(kernel_class, mode_word, row, n, args...);
 }
 
 // The form with a mode: the old word comes back through the same merge, so a field that was zero in
@@ -69,7 +85,7 @@ inline void vector_call_with_mode(uint32_t call_mode, const KamKernelRow& row, c
                                   int32_t n, Args... args) noexcept {
   if (!accept_arguments(name, n, args...)) return;
   const uint32_t old_mode = kamSetMode(call_mode);
-  run_selected<Kernel, accuracy_warning>(row, n, args...);
+  find_and_run<Kernel, accuracy_warning>(row, n, args...);
   kamSetMode(old_mode);
 }
 

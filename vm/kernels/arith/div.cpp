@@ -38,15 +38,8 @@ template <class V>
 struct DivQuotient : DivHardware<V> {
   ORBA_INLINE static V eval(V a, V b, typename V::Mask& flag) {
     flag = flag | not_invertible(b);
-    return a * recip(b);
+    return a * recip_ep(b);
   }
-
- private:
-  ORBA_INLINE static F64 recip(F64 b) {
-    if constexpr (kClass == 5) return recip_series<1>(b, recip_seed(b));
-    return recip_fast(b);
-  }
-  ORBA_INLINE static F32 recip(F32 b) { return recip_series<1>(b, recip_seed(b)); }
 };
 
 }  // namespace

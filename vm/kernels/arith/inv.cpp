@@ -46,21 +46,23 @@ struct InvHardware : InvBase<V> {
   }
 };
 
-template <class V, int degree>
-struct InvSeries : InvBase<V> {
+template <class V>
+struct InvEp : InvBase<V> {
   ORBA_INLINE static V eval(V x, typename V::Mask& flag) {
     flag = flag | not_invertible(x);
-    return recip_series<degree>(x, recip_seed(x));
+    return recip_ep(x);
   }
 };
 
-struct InvFast : InvBase<F64> {
-  ORBA_INLINE static F64 eval(F64 x, M64& flag) {
+// Single precision to e^2.
+struct InvSeries : InvBase<F32> {
+  ORBA_INLINE static F32 eval(F32 x, M32& flag) {
     flag = flag | not_invertible(x);
-    return recip_fast(x);
+    return recip_series<2>(x, recip_seed(x));
   }
 };
 
+#if ORBA_CLASS == 5
 // The series to degree 2, then one step on the residual of that.
 struct InvTwoSteps : InvBase<F64> {
   ORBA_INLINE static F64 eval(F64 x, M64& flag) {
@@ -68,29 +70,31 @@ struct InvTwoSteps : InvBase<F64> {
     return recip_series<1>(x, recip_series<2>(x, recip_seed(x)));
   }
 };
+#endif
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
 #if ORBA_CLASS == 5
 ORBA_KERNEL_1i_1o(d, Inv, HA, InvTwoSteps)
-ORBA_SAME_KERNEL(vdInv, 1i_1o, d, LA, HA)
-ORBA_KERNEL_1i_1o(d, Inv, EP, InvSeries<F64, 1>)
-ORBA_KERNEL_1i_1o(s, Inv, HA, InvSeries<F32, 2>)
-ORBA_KERNEL_1i_1o(s, Inv, LA, InvSeries<F32, 1>)
-ORBA_SAME_KERNEL(vsInv, 1i_1o, s, EP, LA)
-#elif ORBA_CLASS == 3
-ORBA_KERNEL_1i_1o(d, Inv, HA, InvHardware<F64>)
-ORBA_SAME_KERNEL(vdInv, 1i_1o, d, LA, HA)
-ORBA_KERNEL_1i_1o(d, Inv, EP, InvFast)
-ORBA_KERNEL_1i_1o(s, Inv, HA, InvHardware<F32>)
-ORBA_KERNEL_1i_1o(s, Inv, LA, InvSeries<F32, 2>)
-ORBA_KERNEL_1i_1o(s, Inv, EP, InvSeries<F32, 1>)
 #else
 ORBA_KERNEL_1i_1o(d, Inv, HA, InvHardware<F64>)
+#endif
 ORBA_SAME_KERNEL(vdInv, 1i_1o, d, LA, HA)
+#if ORBA_CLASS >= 3
+ORBA_KERNEL_1i_1o(d, Inv, EP, InvEp<F64>)
+ORBA_KERNEL_1i_1o(s, Inv, EP, InvEp<F32>)
+#else
 ORBA_SAME_KERNEL(vdInv, 1i_1o, d, EP, HA)
+ORBA_SAME_KERNEL(vsInv, 1i_1o, s, EP, HA)
+#endif
+#if ORBA_CLASS == 5
+ORBA_KERNEL_1i_1o(s, Inv, HA, InvSeries)
+ORBA_SAME_KERNEL(vsInv, 1i_1o, s, LA, EP)
+#elif ORBA_CLASS == 3
+ORBA_KERNEL_1i_1o(s, Inv, HA, InvHardware<F32>)
+ORBA_KERNEL_1i_1o(s, Inv, LA, InvSeries)
+#else
 ORBA_KERNEL_1i_1o(s, Inv, HA, InvHardware<F32>)
 ORBA_SAME_KERNEL(vsInv, 1i_1o, s, LA, HA)
-ORBA_SAME_KERNEL(vsInv, 1i_1o, s, EP, HA)
 #endif

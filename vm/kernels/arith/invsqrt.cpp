@@ -3,7 +3,9 @@
 //
 // y0 is a short seed, so that y0^2 is exact and e = 1 - a*y0^2 carries one rounding of its own size;
 // then y = y0 + y0*w(e) with w the head of the binomial series of (1 - e)^(-1/2) - 1. The only error
-// near the size of a unit is the last rounding: 0.5 ULP and 2^-10 of one, so LA and HA share it.
+// near the size of a unit is the last rounding: 0.5 ULP and 2^-10 of one. In double LA shares this
+// kernel; in single LA takes e = 1 - (a*y0)*y0 from the uncut seed, whose product's rounding comes to
+// half a unit more at the most.
 //
 // Without FMA (classes 0 to 2) the seed is refined once and cut to 17 bits; with the head of a cut to
 // 19 bits both a_head*y0^2 and its difference from 1 are exact, and the tail's product is small. In
@@ -68,45 +70,41 @@ ORBA_COLD int32_t inv_sqrt_callout(const double* a, double* r) {
   return kOk;
 }
 
-template <class V> struct InvSqrtBase;
-template <>
-struct InvSqrtBase<F64> {
-  static int32_t callout(const double* a, double* r) { return inv_sqrt_callout(a, r); }
+// Arguments between these powers of two take the vector path. LA and HA leave room for the residual;
+// at the upper end the square of the seed stays normal, which flush-to-zero needs.
+struct Domain {
+  uint32_t low, high;  // of the high word
 };
-template <>
-struct InvSqrtBase<F32> {
-  static int32_t callout(const float* a, float* r) { return narrowed(inv_sqrt_callout, a, r); }
-};
+constexpr Domain kFullDomain = {0x03500000, 0x7fbfffff};  // [2^-970, 2^1021)
+constexpr Domain kEpDomain = {0x00300000, 0x7fbfffff};    // [2^-1020, 2^1021)
+constexpr Domain kFloatDomain = {0x00800000, 0x7e7fffff}; // [2^-126, 2^126)
 
-// LA and HA leave room for the residual: [2^-970, 2^1021). At the upper end the square of the seed
-// stays normal, which flush-to-zero needs.
-ORBA_INLINE M64 special(F64 x) { return outside(as_bits(x), 0x03500000, 0x7fbfffff); }
-ORBA_INLINE M64 special_ep(F64 x) { return outside(as_bits(x), 0x00300000, 0x7fbfffff); }
-ORBA_INLINE M32 special(F32 x) { return outside(as_bits(x), 0x00800000, 0x7e7fffff); }
-ORBA_INLINE M32 special_ep(F32 x) { return special(x); }
+#if ORBA_CLASS >= 3
 
-// e = 1 - x*y^2 for a short y, to half a unit of e.
+// 1 - x*y^2 for a short y, to half a unit of itself.
 template <class V>
 ORBA_INLINE V residual(V x, V y) {
   return neg_mul_add(x, y * y, V(1));
 }
+ORBA_INLINE F64 short_seed(F64, F64 seed) { return seed; }
 
-#if ORBA_CLASS < 3
-ORBA_INLINE F64 refined_short_seed(F64 x) {
+#else
+
+ORBA_INLINE F64 short_seed(F64 x, F64 seed) {
 #if ORBA_CLASS == 1
   const F64 y = F64(1) / sqrt(x);
+  (void)seed;
 #else
-  const F64 s = rsqrt_seed(x);
-  const F64 y = s * (1.5 - (0.5 * x) * (s * s));
+  const F64 y = seed * (1.5 - (0.5 * x) * (seed * seed));
 #endif
   return shortened(y, static_cast<int64_t>(0xfffffff000000000));  // 17 bits
 }
-ORBA_INLINE F64 exact_residual(F64 x, F64 y) {
+ORBA_INLINE F64 residual(F64 x, F64 y) {
   const F64 square = y * y;
   const F64 x_head = shortened(x, static_cast<int64_t>(0xfffffffc00000000));  // 19 bits
   return (1.0 - x_head * square) - (x - x_head) * square;
 }
-ORBA_INLINE F32 exact_residual(F32 x, F32 y) {
+ORBA_INLINE F32 residual(F32 x, F32 y) {
   constexpr int32_t head_mask = static_cast<int32_t>(0xfffff000);  // 12 bits
   const F32 square = y * y;
   const F32 square_head = shortened(square, head_mask), square_tail = square - square_head;
@@ -114,79 +112,110 @@ ORBA_INLINE F32 exact_residual(F32 x, F32 y) {
   return ((1.0f - x_head * square_head) - (x_head * square_tail + x_tail * square_head)) -
          x_tail * square_tail;
 }
+
 #endif
 
-template <class V>
-struct InvSqrtFull : InvSqrtBase<V> {
-  using In = typename V::Element;
-  using Out = In;
-  using Flag = typename V::Mask;
-  static constexpr int inputs = 1;
-  static constexpr int outputs = 1;
-  static constexpr int unroll = kClass < 3 ? 2 : 4;
-
-  ORBA_INLINE static V eval(V x, Flag& flag) {
-    flag = flag | special(x);
-#if ORBA_CLASS >= 3
-    const V y = rsqrt_seed(x);
-    const V e = residual(x, y);
-#else
-    const V y = seed(x);
-    const V e = exact_residual(x, y);
-#endif
-    return mul_add(y, series(e), y);
-  }
-
- private:
-#if ORBA_CLASS < 3
-  ORBA_INLINE static F64 seed(F64 x) { return refined_short_seed(x); }
-  ORBA_INLINE static F32 seed(F32 x) { return rsqrt_seed(x); }
-#endif
-  // e*p(e). Double, |e| < 2^-10.3 (class 5: 2^-12.9): degree 4 of the binomial series, fitted to the
-  // interval; the rest is below 2^-55. With the refined seed, |e| < 2^-15, degree 3 does. Single,
-  // |e| < 2^-9.6: degree 2, rest below 2^-30.
-  ORBA_INLINE static F64 series(F64 e) {
-    if constexpr (!kFused) return e * (0.5 + e * (0.375 + e * 0.3125));
+// y*(1 - e)^(-1/2) from the seed y. Double, |e| < 2^-10.3 (class 5: 2^-12.9): degree 4 of the binomial
+// series, fitted to the interval; the rest is below 2^-55. From the refined seed, |e| < 2^-15, degree
+// 3 does. Single, |e| < 2^-9.6: degree 2, rest below 2^-30.
+struct Full {
+  static constexpr Domain domain = kFullDomain;
+  ORBA_INLINE static F64 refine(F64 x, F64 seed) {
+    const F64 y = short_seed(x, seed);
+    const F64 e = residual(x, y);
+    if constexpr (!kFused) return y + y * (e * (0.5 + e * (0.375 + e * 0.3125)));
     F64 p = mul_add(F64(0.27343754675366555), e, F64(0.31250016501874495));
     p = mul_add(p, e, F64(0.37500000000001366));
     p = mul_add(p, e, F64(0.49999999999997785));
-    return e * p;
+    return mul_add(y, e * p, y);
   }
-  ORBA_INLINE static F32 series(F32 e) {
-    return e * mul_add(F32(0.375f), e, F32(0.5f));
+  ORBA_INLINE static F32 refine(F32 x) {
+    const F32 y = rsqrt_seed(x);
+    const F32 e = residual(x, y);
+    return mul_add(y, e * mul_add(F32(0.375f), e, F32(0.5f)), y);
   }
 };
 
-// EP: double to e^2 (e with the better seed of class 5), single one Newton step.
-struct InvSqrtEp64 : InvSqrtFull<F64> {
-  static constexpr int unroll = 4;
-  ORBA_INLINE static F64 eval(F64 x, M64& flag) {
-    flag = flag | special_ep(x);
-    const F64 y = rsqrt_seed(x);
-    const F64 e = residual(x, y);
-    if constexpr (kClass == 5) return mul_add(0.5 * y, e, y);
-    const F64 w = e * mul_add(F64(0.37500018328707924), e, F64(0.50000012568255314));
-    return mul_add(y, w, y);
+// Single precision, FMA. The better seed of class 5 needs one term less: the rest is 2^-27.4.
+struct Low {
+  ORBA_INLINE static F32 refine(F32 x) {
+    const F32 y = approx_rsqrt(x);
+    const F32 e = neg_mul_add(x * y, y, F32(1));
+    if constexpr (kClass == 5) return mul_add(0.5f * y, e, y);
+    return mul_add(y, e * mul_add(F32(0.375f), e, F32(0.5f)), y);
   }
 };
-struct InvSqrtEp32 : InvSqrtFull<F32> {
-  ORBA_INLINE static F32 eval(F32 x, M32& flag) {
-    flag = flag | special_ep(x);
+
+// Double to e^2 (to e with the better seed of class 5), single one Newton step.
+struct Ep {
+  static constexpr Domain domain = kEpDomain;
+  ORBA_INLINE static F64 refine(F64 x, F64 y) {
+    const F64 e = neg_mul_add(x, y * y, F64(1));
+    if constexpr (kClass == 5) return mul_add(0.5 * y, e, y);
+    return mul_add(y, e * mul_add(F64(0.37500018328707924), e, F64(0.50000012568255314)), y);
+  }
+  ORBA_INLINE static F32 refine(F32 x) {
     const F32 y = approx_rsqrt(x);
     return (-0.5f * y) * mul_add(x * y, y, F32(-3.0f));
   }
 };
 
+template <class Method>
+struct InvSqrt64 {
+  using In = double;
+  using Out = double;
+  static constexpr int inputs = 1;
+  static constexpr int outputs = 1;
+#if ORBA_CLASS == 5
+  using Flag = M64;
+  static constexpr int unroll = 4;
+  ORBA_INLINE static F64 eval(F64 x, M64& flag) {
+    flag = flag | outside(as_bits(x), Method::domain.low, Method::domain.high);
+    return Method::refine(x, rsqrt_seed(x));
+  }
+#else
+  using Flag = WordMask;
+  static constexpr bool wide = true;
+  static constexpr int unroll = 1;
+  ORBA_INLINE static Wide<F64> eval(Wide<F64> x, WordMask& flag) {
+    const I32 high = high_words(x);
+    flag = flag | WordMask{outside(high, Method::domain.low, Method::domain.high)};
+    const Wide<F64> seed = rsqrt_seed(high);
+    return {Method::refine(x.lo, seed.lo), Method::refine(x.hi, seed.hi)};
+  }
+#endif
+  static int32_t callout(const double* a, double* r) { return inv_sqrt_callout(a, r); }
+};
+
+template <class Method>
+struct InvSqrt32 {
+  using In = float;
+  using Out = float;
+  using Flag = M32;
+  static constexpr int inputs = 1;
+  static constexpr int outputs = 1;
+  static constexpr int unroll = kClass < 3 ? 2 : 4;
+  ORBA_INLINE static F32 eval(F32 x, M32& flag) {
+    flag = flag | outside(as_bits(x), kFloatDomain.low, kFloatDomain.high);
+    return Method::refine(x);
+  }
+  static int32_t callout(const float* a, float* r) { return narrowed(inv_sqrt_callout, a, r); }
+};
+
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_KERNEL_1i_1o(d, InvSqrt, HA, InvSqrtFull<F64>)
+ORBA_KERNEL_1i_1o(d, InvSqrt, HA, InvSqrt64<Full>)
 ORBA_SAME_KERNEL(vdInvSqrt, 1i_1o, d, LA, HA)
-ORBA_KERNEL_1i_1o(s, InvSqrt, HA, InvSqrtFull<F32>)
+ORBA_KERNEL_1i_1o(s, InvSqrt, HA, InvSqrt32<Full>)
+#if ORBA_CLASS >= 3
+ORBA_KERNEL_1i_1o(s, InvSqrt, LA, InvSqrt32<Low>)
+#else
 ORBA_SAME_KERNEL(vsInvSqrt, 1i_1o, s, LA, HA)
+#endif
 #if ORBA_CLASS >= 2
-ORBA_KERNEL_1i_1o(d, InvSqrt, EP, InvSqrtEp64)
-ORBA_KERNEL_1i_1o(s, InvSqrt, EP, InvSqrtEp32)
+ORBA_KERNEL_1i_1o(d, InvSqrt, EP, InvSqrt64<Ep>)
+ORBA_KERNEL_1i_1o(s, InvSqrt, EP, InvSqrt32<Ep>)
 #else
 ORBA_SAME_KERNEL(vdInvSqrt, 1i_1o, d, EP, HA)
 ORBA_SAME_KERNEL(vsInvSqrt, 1i_1o, s, EP, HA)

@@ -58,42 +58,44 @@ ORBA_COLD int32_t sqrt_callout(const double* a, double* r) {
   return kOk;
 }
 
-template <class V> struct SqrtBase;
-template <>
-struct SqrtBase<F64> {
-  static int32_t callout(const double* a, double* r) { return sqrt_callout(a, r); }
+// Arguments between these powers of two take the vector path; the residual of HA has no bits to lose
+// there.
+struct Domain {
+  uint32_t low, high;  // of the high word
 };
-template <>
-struct SqrtBase<F32> {
-  static int32_t callout(const float* a, float* r) { return narrowed(sqrt_callout, a, r); }
-};
-
-// Lanes outside [2^-1022, 2^1022); single: all but the normal positive numbers. The residual of HA
-// has no bits to lose from 2^-970 (2^-102) on.
-ORBA_INLINE M64 special(F64 x) { return outside(as_bits(x), 0x00100000, 0x7fcfffff); }
-ORBA_INLINE M32 special(F32 x) { return outside(as_bits(x), 0x00800000, 0x7f7fffff); }
-ORBA_INLINE M64 special_for_residual(F64 x) { return outside(as_bits(x), 0x03500000, 0x7fcfffff); }
-ORBA_INLINE M32 special_for_residual(F32 x) { return outside(as_bits(x), 0x0c800000, 0x7f7fffff); }
+constexpr Domain kDomain = {0x00100000, 0x7fcfffff};               // [2^-1022, 2^1022)
+constexpr Domain kResidualDomain = {0x03500000, 0x7fcfffff};       // [2^-970, 2^1022)
+constexpr Domain kFloatDomain = {0x00800000, 0x7f7fffff};          // all normal numbers
+constexpr Domain kFloatResidualDomain = {0x0c800000, 0x7f7fffff};  // from 2^-102 on
 
 template <class V>
-struct SqrtHardware : SqrtBase<V> {
+struct SqrtHardware {
   using In = typename V::Element;
   using Out = In;
   using Flag = typename V::Mask;
   static constexpr int inputs = 1;
   static constexpr int outputs = 1;
   static constexpr int unroll = 4;
-  ORBA_INLINE static V eval(V x, Flag& flag) {
-    flag = flag | special(x);
+  ORBA_INLINE static F64 eval(F64 x, M64& flag) {
+    flag = flag | outside(as_bits(x), kDomain.low, kDomain.high);
     return sqrt(x);
   }
+  ORBA_INLINE static F32 eval(F32 x, M32& flag) {
+    flag = flag | outside(as_bits(x), kFloatDomain.low, kFloatDomain.high);
+    return sqrt(x);
+  }
+  static int32_t callout(const double* a, double* r) { return sqrt_callout(a, r); }
+  static int32_t callout(const float* a, float* r) { return narrowed(sqrt_callout, a, r); }
 };
+
+#if ORBA_CLASS >= 3
 
 enum class Degree { ep, full, full_with_residual };
 
-// e*p(e), see invsqrt.cpp for the intervals.
-ORBA_INLINE F64 series(F64 e, Degree degree) {
-  if (degree == Degree::ep) {
+// (1 - e)^(-1/2) - 1, see invsqrt.cpp for the intervals and rests.
+template <Degree degree>
+ORBA_INLINE F64 series(F64 e) {
+  if constexpr (degree == Degree::ep) {
     if constexpr (kClass == 5) return 0.5 * e;
     return e * mul_add(F64(0.37500018328707924), e, F64(0.50000012568255314));
   }
@@ -102,39 +104,74 @@ ORBA_INLINE F64 series(F64 e, Degree degree) {
   p = mul_add(p, e, F64(0.49999999999997785));
   return e * p;
 }
-ORBA_INLINE F32 series(F32 e, Degree degree) {
-  if (degree == Degree::ep) return 0.5f * e;
+template <Degree degree>
+ORBA_INLINE F32 series(F32 e) {
+  if constexpr (degree == Degree::ep || kClass == 5) return 0.5f * e;
   return e * mul_add(F32(0.375f), e, F32(0.5f));
 }
 
-template <class V, Degree degree>
-struct SqrtSeries : SqrtHardware<V> {
-  ORBA_INLINE static V eval(V x, typename V::Mask& flag) {
-    flag = flag | (degree == Degree::full_with_residual ? special_for_residual(x) : special(x));
-    const V y = rsqrt_seed(x);
-    const V t = x * y;
-    const V e = neg_mul_add(t, y, V(1));
-    const V r = mul_add(t, series(e, degree), t);
-    if constexpr (degree != Degree::full_with_residual) return r;
-    return mul_add(neg_mul_add(r, r, x), V(typename V::Element(0.5)) * y, r);
+// sqrt(x) from the seed y of 1/sqrt(x).
+template <Degree degree, class V>
+ORBA_INLINE V sqrt_series(V x, V y) {
+  const V t = x * y;
+  const V e = neg_mul_add(t, y, V(1));
+  const V r = mul_add(t, series<degree>(e), t);
+  if constexpr (degree != Degree::full_with_residual) return r;
+  return mul_add(neg_mul_add(r, r, x), V(typename V::Element(0.5)) * y, r);
+}
+
+template <Degree degree>
+struct SqrtSeries64 : SqrtHardware<F64> {
+  static constexpr Domain domain = degree == Degree::full_with_residual ? kResidualDomain : kDomain;
+#if ORBA_CLASS == 5
+  ORBA_INLINE static F64 eval(F64 x, M64& flag) {
+    flag = flag | outside(as_bits(x), domain.low, domain.high);
+    return sqrt_series<degree>(x, approx_rsqrt(x));
+  }
+#else
+  using Flag = WordMask;
+  static constexpr bool wide = true;
+  static constexpr int unroll = 1;
+  ORBA_INLINE static Wide<F64> eval(Wide<F64> x, WordMask& flag) {
+    const I32 high = high_words(x);
+    flag = flag | WordMask{outside(high, domain.low, domain.high)};
+    const Wide<F64> y = rsqrt_seed(high);
+    return {sqrt_series<degree>(x.lo, y.lo), sqrt_series<degree>(x.hi, y.hi)};
+  }
+#endif
+};
+
+template <Degree degree>
+struct SqrtSeries32 : SqrtHardware<F32> {
+  static constexpr Domain domain =
+      degree == Degree::full_with_residual ? kFloatResidualDomain : kFloatDomain;
+  ORBA_INLINE static F32 eval(F32 x, M32& flag) {
+    flag = flag | outside(as_bits(x), domain.low, domain.high);
+    return sqrt_series<degree>(x, approx_rsqrt(x));
   }
 };
+
+#endif
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
 #if ORBA_CLASS >= 3
-ORBA_KERNEL_1i_1o(d, Sqrt, HA, SqrtSeries<F64, Degree::full_with_residual>)
-ORBA_KERNEL_1i_1o(d, Sqrt, LA, SqrtSeries<F64, Degree::full>)
-ORBA_KERNEL_1i_1o(d, Sqrt, EP, SqrtSeries<F64, Degree::ep>)
-ORBA_KERNEL_1i_1o(s, Sqrt, HA, SqrtSeries<F32, Degree::full_with_residual>)
-ORBA_KERNEL_1i_1o(s, Sqrt, LA, SqrtSeries<F32, Degree::full>)
-ORBA_KERNEL_1i_1o(s, Sqrt, EP, SqrtSeries<F32, Degree::ep>)
+ORBA_KERNEL_1i_1o(d, Sqrt, LA, SqrtSeries64<Degree::full>)
+ORBA_KERNEL_1i_1o(d, Sqrt, EP, SqrtSeries64<Degree::ep>)
+ORBA_KERNEL_1i_1o(s, Sqrt, LA, SqrtSeries32<Degree::full>)
+ORBA_KERNEL_1i_1o(s, Sqrt, EP, SqrtSeries32<Degree::ep>)
+#endif
+#if ORBA_CLASS == 5
+ORBA_KERNEL_1i_1o(d, Sqrt, HA, SqrtSeries64<Degree::full_with_residual>)
+ORBA_KERNEL_1i_1o(s, Sqrt, HA, SqrtSeries32<Degree::full_with_residual>)
 #else
 ORBA_KERNEL_1i_1o(d, Sqrt, HA, SqrtHardware<F64>)
+ORBA_KERNEL_1i_1o(s, Sqrt, HA, SqrtHardware<F32>)
+#endif
+#if ORBA_CLASS < 3
 ORBA_SAME_KERNEL(vdSqrt, 1i_1o, d, LA, HA)
 ORBA_SAME_KERNEL(vdSqrt, 1i_1o, d, EP, HA)
-ORBA_KERNEL_1i_1o(s, Sqrt, HA, SqrtHardware<F32>)
 ORBA_SAME_KERNEL(vsSqrt, 1i_1o, s, LA, HA)
 ORBA_SAME_KERNEL(vsSqrt, 1i_1o, s, EP, HA)
 #endif

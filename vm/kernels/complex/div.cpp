@@ -81,7 +81,7 @@ struct DivPairs : DivBase<KamComplex16> {
   }
 };
 
-template <class E, int degree>
+template <class E>
 struct DivFast : DivBase<E> {
   using typename DivBase<E>::V;
   static constexpr auto low = sizeof(E) == 16 ? static_cast<typename V::Element>(pow2(-400))
@@ -92,7 +92,7 @@ struct DivFast : DivBase<E> {
     const Complex<V> x = split(a), y = split(b);
     flag = flag | far_from_one(x, low, high) | far_from_one(y, low, high);
     const V d = mul_add(y.re, y.re, y.im * y.im);
-    const V recip = recip_series<degree>(d, recip_seed(d));
+    const V recip = recip_ep(d);
     return join(Complex<V>{mul_add(x.re, y.re, x.im * y.im) * recip,
                            mul_sub(x.im, y.re, x.re * y.im) * recip});
   }
@@ -106,8 +106,8 @@ ORBA_SAME_KERNEL(vcDiv, 2i_1o, c, LA, HA)
 ORBA_KERNEL_2i_1o(z, Div, HA, DivPairs)
 ORBA_SAME_KERNEL(vzDiv, 2i_1o, z, LA, HA)
 #if ORBA_CLASS >= 2
-ORBA_KERNEL_2i_1o(c, Div, EP, DivFast<KamComplex8, 1>)
-ORBA_KERNEL_2i_1o(z, Div, EP, DivFast<KamComplex16, ORBA_CLASS == 5 ? 1 : 2>)
+ORBA_KERNEL_2i_1o(c, Div, EP, DivFast<KamComplex8>)
+ORBA_KERNEL_2i_1o(z, Div, EP, DivFast<KamComplex16>)
 #else
 ORBA_SAME_KERNEL(vcDiv, 2i_1o, c, EP, HA)
 ORBA_SAME_KERNEL(vzDiv, 2i_1o, z, EP, HA)

@@ -5,7 +5,9 @@
 //   In, Out                        element types of its arrays (float, double, KamComplex8, ...)
 //   inputs, outputs                1 or 2 of each
 //   unroll                         packs per round of the main loop
-//   Flag                           M64, M32 or PairMask of them; NoFlag when no lane is ever special
+//   wide (optional)                true: an eval takes two vectors of doubles, a Wide<F64>
+//   Flag                           M64, M32, PairMask of them, WordMask with wide; NoFlag when no lane
+//                                  is ever special
 //   eval(a [, b], Flag&)           the branch-free computation on one pack, for any input; it ORs
 //                                  into Flag the lanes whose result it can't vouch for
 //   callout(a [, b], r1 [, r2])    the complete scalar function (pointers in, status out) that
@@ -46,66 +48,79 @@ template <class F>
 constexpr bool has_flags = !__is_same(typename F::Flag, NoFlag);
 
 template <class F>
-ORBA_INLINE auto eval_pack(const F& f, const Arrays<F>& x, int64_t i, typename F::Flag& flag) {
-  if constexpr (F::inputs == 2)
-    return f.eval(load_pack(x.a + i), load_pack(x.b + i), flag);
-  else
-    return f.eval(load_pack(x.a + i), flag);
-}
+constexpr bool is_wide = false;
+template <class F>
+  requires(F::wide)
+constexpr bool is_wide<F> = true;
+
+// Elements of one eval.
+template <class F>
+constexpr int eval_size = pack_size<typename F::In> * (is_wide<F> ? 2 : 1);
 
 template <class F>
-ORBA_INLINE auto eval_pack(const F& f, const Arrays<F>& x, int64_t i, int live,
-                           typename F::Flag& flag) {
-  if constexpr (F::inputs == 2)
-    return f.eval(load_pack(x.a + i, live), load_pack(x.b + i, live), flag);
+ORBA_INLINE auto load_for(const typename F::In* p) {
+  if constexpr (is_wide<F>)
+    return Wide<F64>{load(p), load(p + F64::lanes)};
   else
-    return f.eval(load_pack(x.a + i, live), flag);
+    return load_pack(p);
+}
+template <class F>
+ORBA_INLINE auto load_for(const typename F::In* p, int live) {
+  if constexpr (is_wide<F>)
+    return load_two<Wide<F64>>(p, live);
+  else
+    return load_pack(p, live);
 }
 
-template <class F, class Y>
-ORBA_INLINE void store_results(const Arrays<F>& x, int64_t i, const Y& y) {
+// `live` is absent for whole packs.
+template <class F, class... Live>
+ORBA_INLINE auto eval_pack(const F& f, const Arrays<F>& x, int64_t i, typename F::Flag& flag,
+                           Live... live) {
+  if constexpr (F::inputs == 2)
+    return f.eval(load_for<F>(x.a + i, live...), load_for<F>(x.b + i, live...), flag);
+  else
+    return f.eval(load_for<F>(x.a + i, live...), flag);
+}
+
+template <class F, class Y, class... Live>
+ORBA_INLINE void store_results(const Arrays<F>& x, int64_t i, const Y& y, Live... live) {
   if constexpr (F::outputs == 2) {
-    store_pack(x.r1 + i, y.first);
-    store_pack(x.r2 + i, y.second);
+    store_pack(x.r1 + i, live..., y.first);
+    store_pack(x.r2 + i, live..., y.second);
   } else {
-    store_pack(x.r1 + i, y);
+    store_pack(x.r1 + i, live..., y);
   }
 }
 
-template <class F, class Y>
-ORBA_INLINE void store_results(const Arrays<F>& x, int64_t i, int live, const Y& y) {
-  if constexpr (F::outputs == 2) {
-    store_pack(x.r1 + i, live, y.first);
-    store_pack(x.r2 + i, live, y.second);
-  } else {
-    store_pack(x.r1 + i, live, y);
-  }
-}
-
-// The main loop: whole rounds from `i` on, until `end` or before the first round with a flagged
-// lane, which is left untouched. A leaf, so that constants stay in registers.
+// Whole rounds from `i` on, until `end` or before the first round with a flagged lane, which is left
+// untouched.
 template <class F>
-__attribute__((noinline)) int64_t run_rounds(const F& f, Arrays<F> x, int64_t i, int64_t end) {
-  constexpr int size = pack_size<typename F::In>;
-  for (; i < end; i += F::unroll * size) {
+ORBA_INLINE int64_t rounds(const F& f, const Arrays<F>& x, int64_t i, int64_t end) {
+  for (; i < end; i += F::unroll * eval_size<F>) {
     typename F::Flag flag{};
     decltype(eval_pack(f, x, i, flag)) y[F::unroll];
     ORBA_UNROLL
-    for (int u = 0; u < F::unroll; ++u) y[u] = eval_pack(f, x, i + u * size, flag);
+    for (int u = 0; u < F::unroll; ++u) y[u] = eval_pack(f, x, i + u * eval_size<F>, flag);
     if constexpr (has_flags<F>) {
       if (any(flag)) [[unlikely]]
         return i;
     }
     ORBA_UNROLL
-    for (int u = 0; u < F::unroll; ++u) store_results(x, i + u * size, y[u]);
+    for (int u = 0; u < F::unroll; ++u) store_results(x, i + u * eval_size<F>, y[u]);
   }
   return i;
+}
+
+// The main loop of a function with callouts: a leaf, so that constants stay in registers.
+template <class F>
+__attribute__((noinline)) int64_t run_rounds(const F& f, Arrays<F> x, int64_t i, int64_t end) {
+  return rounds(f, x, i, end);
 }
 
 // What the callouts of one pack work on.
 template <class F>
 struct Scratch {
-  static constexpr int size = pack_size<typename F::In>;
+  static constexpr int size = eval_size<F>;
   alignas(64) typename F::In a[size];
   alignas(64) typename F::In b[F::inputs == 2 ? size : 1];
   alignas(64) typename F::Out r1[size];
@@ -151,58 +166,64 @@ ORBA_COLD void run_callouts(const Arrays<F>& x, int64_t i, uint32_t flagged, Scr
   }
 }
 
+// One eval with its callouts; `live` is absent for a whole pack.
+template <class F, class... Live>
+ORBA_INLINE void run_pack(const F& f, const Arrays<F>& x, int64_t i, FloatEnvironment& environment,
+                          const char* name, Live... live) {
+  typename F::Flag flag{};
+  const auto y = eval_pack(f, x, i, flag, live...);
+  if constexpr (has_flags<F>) {
+    const int count = (eval_size<F> + ... + (live - eval_size<F>));
+    const uint32_t flagged = element_bits(flag) & ((2u << (count - 1)) - 1);
+    if (flagged != 0) [[unlikely]] {
+      Scratch<F> s;
+      for (int lane = 0; lane < count; ++lane) {
+        s.a[lane] = x.a[i + lane];
+        if constexpr (F::inputs == 2) s.b[lane] = x.b[i + lane];
+      }
+      store_results(Arrays<F>{s.a, s.b, s.r1, s.r2}, 0, y);
+      run_callouts<F>(x, i, flagged, s, environment, name);
+      for (int lane = 0; lane < count; ++lane) {
+        x.r1[i + lane] = s.r1[lane];
+        if constexpr (F::outputs == 2) x.r2[i + lane] = s.r2[lane];
+      }
+      return;
+    }
+  }
+  store_results(x, i, y, live...);
+}
+
 // Elements i to end - 1 pack by pack: tails, and rounds that hold flagged lanes.
+template <class F>
+ORBA_INLINE void packs(const F& f, const Arrays<F>& x, int64_t i, int64_t end,
+                       FloatEnvironment& environment, const char* name) {
+  constexpr int size = eval_size<F>;
+  for (; i + size <= end; i += size) run_pack(f, x, i, environment, name);
+  if (i < end) run_pack(f, x, i, environment, name, static_cast<int>(end - i));
+}
 template <class F>
 __attribute__((noinline)) void run_packs(const F& f, Arrays<F> x, int64_t i, int64_t end,
                                          FloatEnvironment& environment, const char* name) {
-  constexpr int size = pack_size<typename F::In>;
-  for (; i < end; i += size) {
-    const int live = end - i < size ? static_cast<int>(end - i) : size;
-    typename F::Flag flag{};
-    decltype(eval_pack(f, x, i, flag)) y;
-    if (live == size)
-      y = eval_pack(f, x, i, flag);
-    else
-      y = eval_pack(f, x, i, live, flag);
-
-    if constexpr (has_flags<F>) {
-      const uint32_t live_lanes = live == size ? (2u << (size - 1)) - 1 : (1u << live) - 1;
-      const uint32_t flagged = element_bits(flag) & live_lanes;
-      if (flagged != 0) [[unlikely]] {
-        Scratch<F> s;
-        for (int lane = 0; lane < live; ++lane) {
-          s.a[lane] = x.a[i + lane];
-          if constexpr (F::inputs == 2) s.b[lane] = x.b[i + lane];
-        }
-        store_results(Arrays<F>{s.a, s.b, s.r1, s.r2}, 0, y);
-        run_callouts<F>(x, i, flagged, s, environment, name);
-        for (int lane = 0; lane < live; ++lane) {
-          x.r1[i + lane] = s.r1[lane];
-          if constexpr (F::outputs == 2) x.r2[i + lane] = s.r2[lane];
-        }
-        continue;
-      }
-    }
-    if (live == size)
-      store_results(x, i, y);
-    else
-      store_results(x, i, live, y);
-  }
+  packs(f, x, i, end, environment, name);
 }
 
 template <class F>
-ORBA_INLINE void run_function(const F& f, const Arrays<F>& x, int32_t n,
+ORBA_INLINE void run_function(const F& f, const Arrays<F>& x, int64_t n,
                               FloatEnvironment& environment, const char* name) {
-  constexpr int round = F::unroll * pack_size<typename F::In>;
+  constexpr int round = F::unroll * eval_size<F>;
   const int64_t whole = n - n % round;
-  int64_t i = 0;
-  while (i < whole) {
-    i = run_rounds(f, x, i, whole);
-    if (i == whole) break;
-    run_packs(f, x, i, i + round, environment, name);
-    i += round;
+  if constexpr (!has_flags<F>) {
+    packs(f, x, rounds(f, x, 0, whole), n, environment, name);
+  } else {
+    int64_t i = 0;
+    while (i < whole) {
+      i = run_rounds(f, x, i, whole);
+      if (i == whole) break;
+      run_packs(f, x, i, i + round, environment, name);
+      i += round;
+    }
+    if (i < n) run_packs(f, x, i, n, environment, name);
   }
-  if (i < n) run_packs(f, x, i, n, environment, name);
 }
 
 // A whole kernel call.

@@ -35,6 +35,42 @@ ORBA_INLINE Pairs<V> join(Complex<V> z) {
   return p;
 }
 
+// Twice as many doubles in two vectors: a pack for functions that work on the high words of doubles,
+// which then fill one vector of 32-bit lanes.
+template <class V>
+struct Wide {
+  V lo, hi;
+};
+
+// The high words of a wide pack in one vector, and back into doubles with zero low words. Their order
+// is that of the cheapest shuffle; WordMask is a mask of lanes in that order.
+struct WordMask {
+  M32 v;
+};
+ORBA_INLINE WordMask operator|(WordMask a, WordMask b) { return {a.v | b.v}; }
+ORBA_INLINE bool any(WordMask m) { return any(m.v); }
+#if ORBA_CLASS < 3
+ORBA_INLINE I32 high_words(Wide<F64> x) {
+  return _mm_castps_si128(
+      _mm_shuffle_ps(_mm_castpd_ps(x.lo.v), _mm_castpd_ps(x.hi.v), _MM_SHUFFLE(3, 1, 3, 1)));
+}
+ORBA_INLINE Wide<F64> from_high_words(I32 words) {
+  const __m128i zero = _mm_setzero_si128();
+  return {_mm_castsi128_pd(_mm_unpacklo_epi32(zero, words.v)),
+          _mm_castsi128_pd(_mm_unpackhi_epi32(zero, words.v))};
+}
+#elif ORBA_CLASS == 3
+ORBA_INLINE I32 high_words(Wide<F64> x) {
+  return _mm256_castps_si256(
+      _mm256_shuffle_ps(_mm256_castpd_ps(x.lo.v), _mm256_castpd_ps(x.hi.v), _MM_SHUFFLE(3, 1, 3, 1)));
+}
+ORBA_INLINE Wide<F64> from_high_words(I32 words) {
+  const __m256i zero = _mm256_setzero_si256();
+  return {_mm256_castsi256_pd(_mm256_unpacklo_epi32(zero, words.v)),
+          _mm256_castsi256_pd(_mm256_unpackhi_epi32(zero, words.v))};
+}
+#endif
+
 // Flags of pairs in memory order; an element is flagged when either part is.
 template <class M>
 struct PairMask {
@@ -82,42 +118,58 @@ ORBA_INLINE void store_pack(E* p, Pairs<V> x) {
   store(parts(p) + pack_size<E>, x.hi);
 }
 
+ORBA_INLINE void store_pack(double* p, Wide<F64> x) {
+  store(p, x.lo);
+  store(p + F64::lanes, x.hi);
+}
+
 // `live` elements, 1 to the size of the pack less one.
 ORBA_INLINE F32 load_pack(const float* p, int live) { return load_partial(p, live, static_cast<float>(kFiller)); }
 ORBA_INLINE F64 load_pack(const double* p, int live) { return load_partial(p, live, kFiller); }
 ORBA_INLINE void store_pack(float* p, int live, F32 x) { store_partial(p, live, x); }
 ORBA_INLINE void store_pack(double* p, int live, F64 x) { store_partial(p, live, x); }
-template <class E>
-ORBA_INLINE typename PackOf<E>::Pack load_pack(const E* p, int live) {
-  using Part = typename PackOf<E>::Part;
-  constexpr int size = pack_size<E>;
-  const Part* q = parts(p);
-  typename PackOf<E>::Pack pack;
-  if (2 * live >= size) {
-    pack.lo = load(q);
-    pack.hi = static_cast<Part>(kFiller);
-    if (2 * live > size) pack.hi = load_partial(q + size, 2 * live - size, static_cast<Part>(kFiller));
+template <class Two, class Part>
+ORBA_INLINE Two load_two(const Part* p, int live) {
+  constexpr int size = sizeof(Part) == 8 ? F64::lanes : F32::lanes;
+  constexpr Part filler = static_cast<Part>(kFiller);
+  Two pack;
+  pack.hi = filler;
+  if (live < size) {
+    pack.lo = load_partial(p, live, filler);
   } else {
-    pack.lo = load_partial(q, 2 * live, static_cast<Part>(kFiller));
-    pack.hi = static_cast<Part>(kFiller);
+    pack.lo = load(p);
+    if (live > size) pack.hi = load_partial(p + size, live - size, filler);
   }
   return pack;
 }
-template <class E, class V>
-ORBA_INLINE void store_pack(E* p, int live, Pairs<V> x) {
-  constexpr int size = pack_size<E>;
-  auto* q = parts(p);
-  if (2 * live >= size) {
-    store(q, x.lo);
-    if (2 * live > size) store_partial(q + size, 2 * live - size, x.hi);
+template <class Two, class Part>
+ORBA_INLINE void store_two(Part* p, int live, Two x) {
+  constexpr int size = sizeof(Part) == 8 ? F64::lanes : F32::lanes;
+  if (live < size) {
+    store_partial(p, live, x.lo);
   } else {
-    store_partial(q, 2 * live, x.lo);
+    store(p, x.lo);
+    if (live > size) store_partial(p + size, live - size, x.hi);
   }
 }
+template <class E>
+ORBA_INLINE typename PackOf<E>::Pack load_pack(const E* p, int live) {
+  return load_two<typename PackOf<E>::Pack>(parts(p), 2 * live);
+}
+template <class E, class V>
+ORBA_INLINE void store_pack(E* p, int live, Pairs<V> x) {
+  store_two(parts(p), 2 * live, x);
+}
+ORBA_INLINE void store_pack(double* p, int live, Wide<F64> x) { store_two(p, live, x); }
 
 // Bit i of the result is the flag of element i of the pack.
 ORBA_INLINE uint32_t element_bits(M64 m) { return bits(m); }
 ORBA_INLINE uint32_t element_bits(M32 m) { return bits(m); }
+ORBA_INLINE uint32_t element_bits(WordMask m) {
+  const uint32_t b = bits(m.v);
+  if constexpr (kClass != 3) return b;
+  return (b & 0xc3) | (b & 0x30) >> 2 | (b & 0x0c) << 2;  // words 0 1 4 5 2 3 6 7
+}
 ORBA_INLINE uint32_t element_bits_of_parts(uint64_t part_bits) {
   uint32_t result = 0;
   for (int i = 0; i < 32; ++i) result |= ((part_bits >> (2 * i)) & 3) != 0 ? 1u << i : 0u;
