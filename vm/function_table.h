@@ -12,6 +12,7 @@
 #define ORBA_KAM_TYPES(types) ORBA_KAM_PASTE(ORBA_KAM_TYPES_, types)
 #define ORBA_KAM_TYPES_sd(X, ...) X(s, __VA_ARGS__) X(d, __VA_ARGS__)
 #define ORBA_KAM_TYPES_cz(X, ...) X(c, __VA_ARGS__) X(z, __VA_ARGS__)
-#define ORBA_KAM_TYPES_sdcz(X, ...) ORBA_KAM_TYPES_sd(X, __VA_ARGS__) ORBA_KAM_TYPES_cz(X, __VA_ARGS__)
+#define ORBA_KAM_TYPES_sdcz(X, ...) \
+  ORBA_KAM_TYPES_sd(X, __VA_ARGS__) ORBA_KAM_TYPES_cz(X, __VA_ARGS__)
 
 #endif

@@ -32,7 +32,8 @@ void write_rows(const char* comment, const char* name, int count, double (*row)(
 
 int main() {
   std::printf(
-      "// Written by tools/tables/arith_seeds.cpp; do not edit.\n#pragma once\n\n"
+      "// Written by tools/tables/arith_seeds.cpp; do not edit.\n// clang-format off\n#pragma "
+      "once\n\n"
       "namespace orba::ORBA_CLASS_NAMESPACE {\nnamespace {\n\n");
   write_rows(
       "// 1/sqrt(1 + j/256), then 1/sqrt(2(1 + j/256)), j = 0 ... 255, to 9 significant bits.",
@@ -42,7 +43,8 @@ int main() {
       });
   std::printf("\n");
   write_rows(
-      "// 1/sqrt(m) at the centre of cell j of [1, 2), m = 1 + (j + 1/2)/32, then of [2, 4), to 13\n"
+      "// 1/sqrt(m) at the centre of cell j of [1, 2), m = 1 + (j + 1/2)/32, then of [2, 4), to "
+      "13\n"
       "// significant bits: the square is exact and times half a double's significand still is.",
       "kInvSqrtSeed", 64, [](int i) {
         const double m = 1.0 + ((i % 32) + 0.5) / 32.0;

@@ -2,20 +2,21 @@
 // hints. A row without kernels does not link, a row without hints does not compile.
 #include "vm/frame/rows.h"
 
-#define ORBA_CLASS_KERNELS(c, t, Name, shape)                                                     \
-  orba::vm::Kernel_##shape<orba::vm::Type_##t> orba_##c##_v##t##Name##_LA;                        \
-  orba::vm::Kernel_##shape<orba::vm::Type_##t> orba_##c##_v##t##Name##_HA;                        \
+#define ORBA_CLASS_KERNELS(c, t, Name, shape)                              \
+  orba::vm::Kernel_##shape<orba::vm::Type_##t> orba_##c##_v##t##Name##_LA; \
+  orba::vm::Kernel_##shape<orba::vm::Type_##t> orba_##c##_v##t##Name##_HA; \
   orba::vm::Kernel_##shape<orba::vm::Type_##t> orba_##c##_v##t##Name##_EP;
-#define ORBA_DECLARE_KERNELS(t, Name, shape)                                              \
-  ORBA_CLASS_KERNELS(c0, t, Name, shape)                                                  \
-  ORBA_CLASS_KERNELS(c1, t, Name, shape)                                                  \
-  ORBA_CLASS_KERNELS(c2, t, Name, shape)                                                  \
-  ORBA_CLASS_KERNELS(c3, t, Name, shape)                                                  \
+#define ORBA_DECLARE_KERNELS(t, Name, shape) \
+  ORBA_CLASS_KERNELS(c0, t, Name, shape)     \
+  ORBA_CLASS_KERNELS(c1, t, Name, shape)     \
+  ORBA_CLASS_KERNELS(c2, t, Name, shape)     \
+  ORBA_CLASS_KERNELS(c3, t, Name, shape)     \
   ORBA_CLASS_KERNELS(c5, t, Name, shape)
 
 extern "C" {
 #define ORBA_KAM_FUNCTION(Name, name, shape, types) \
-  ORBA_KAM_TYPES(types)(ORBA_DECLARE_KERNELS, Name, shape)
+  ORBA_KAM_TYPES(types)                             \
+  (ORBA_DECLARE_KERNELS, Name, shape)
 #include "vm/functions.def"
 #undef ORBA_KAM_FUNCTION
 }
@@ -23,7 +24,8 @@ extern "C" {
 namespace orba::vm {
 namespace {
 
-#define ORBA_COST_HINTS(row, ...) constexpr std::array<float, kRowSlots> hints_##row = {__VA_ARGS__};
+#define ORBA_COST_HINTS(row, ...) \
+  constexpr std::array<float, kRowSlots> hints_##row = {__VA_ARGS__};
 #include "vm/frame/cost_hints.def"
 #undef ORBA_COST_HINTS
 
@@ -38,7 +40,9 @@ namespace {
   const KamKernelRow row_v##t##Name = {                                                     \
       {ORBA_SLOTS(v##t##Name, LA), ORBA_SLOTS(v##t##Name, HA), ORBA_SLOTS(v##t##Name, EP)}, \
       hints_v##t##Name};
-#define ORBA_KAM_FUNCTION(Name, name, shape, types) ORBA_KAM_TYPES(types)(ORBA_DEFINE_ROW, Name)
+#define ORBA_KAM_FUNCTION(Name, name, shape, types) \
+  ORBA_KAM_TYPES(types)                             \
+  (ORBA_DEFINE_ROW, Name)
 #include "vm/functions.def"
 #undef ORBA_KAM_FUNCTION
 

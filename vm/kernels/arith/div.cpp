@@ -1,5 +1,5 @@
-// Div: a/b. KAM_STATUS_SING for a zero divisor, 0/0 too; a denormal divisor goes through the callout
-// without a report.
+// Div: a/b. KAM_STATUS_SING for a zero divisor, 0/0 too; a denormal divisor goes through the
+// callout without a report.
 //
 //   LA, HA   the divider, correctly rounded. Flags zero and denormal divisors. On the processors
 //            measured a refined quotient with the tests that its residual needs (tiny numerators,
@@ -45,14 +45,11 @@ struct DivQuotient : DivHardware<V> {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_KERNEL_2i_1o(d, Div, HA, DivHardware<F64>)
-ORBA_SAME_KERNEL(vdDiv, 2i_1o, d, LA, HA)
-ORBA_KERNEL_2i_1o(s, Div, HA, DivHardware<F32>)
-ORBA_SAME_KERNEL(vsDiv, 2i_1o, s, LA, HA)
+ORBA_KERNEL_2i_1o(d, Div, HA, DivHardware<F64>) ORBA_SAME_KERNEL(vdDiv, 2i_1o, d, LA, HA)
+    ORBA_KERNEL_2i_1o(s, Div, HA, DivHardware<F32>) ORBA_SAME_KERNEL(vsDiv, 2i_1o, s, LA, HA)
 #if ORBA_CLASS >= 3
-ORBA_KERNEL_2i_1o(d, Div, EP, DivQuotient<F64>)
-ORBA_KERNEL_2i_1o(s, Div, EP, DivQuotient<F32>)
+        ORBA_KERNEL_2i_1o(d, Div, EP, DivQuotient<F64>)
+            ORBA_KERNEL_2i_1o(s, Div, EP, DivQuotient<F32>)
 #else
-ORBA_SAME_KERNEL(vdDiv, 2i_1o, d, EP, HA)
-ORBA_SAME_KERNEL(vsDiv, 2i_1o, s, EP, HA)
+        ORBA_SAME_KERNEL(vdDiv, 2i_1o, d, EP, HA) ORBA_SAME_KERNEL(vsDiv, 2i_1o, s, EP, HA)
 #endif

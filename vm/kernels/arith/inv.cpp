@@ -13,8 +13,8 @@
 // LA         as HA       as HA; single: refined to e^2    as HA; single: refined to e
 // EP         as HA       fast; single: refined to e       refined to e
 //
-// With seeds good to 2^-11.4 (class 3) and 2^-14 (class 5) the series ends at 2^-34 and 2^-28 of the
-// result for e^2 and e in single on class 3, 2^-28 for e on class 5.
+// With seeds good to 2^-11.4 (class 3) and 2^-14 (class 5) the series ends at 2^-34 and 2^-28 of
+// the result for e^2 and e in single on class 3, 2^-28 for e on class 5.
 #include "vm/kernels/arith/recip.h"
 #include "vm/kernels/contract/kernel.h"
 #include "vm/kernels/contract/scalar.h"
@@ -80,21 +80,16 @@ ORBA_KERNEL_1i_1o(d, Inv, HA, InvTwoSteps)
 #else
 ORBA_KERNEL_1i_1o(d, Inv, HA, InvHardware<F64>)
 #endif
-ORBA_SAME_KERNEL(vdInv, 1i_1o, d, LA, HA)
+    ORBA_SAME_KERNEL(vdInv, 1i_1o, d, LA, HA)
 #if ORBA_CLASS >= 3
-ORBA_KERNEL_1i_1o(d, Inv, EP, InvEp<F64>)
-ORBA_KERNEL_1i_1o(s, Inv, EP, InvEp<F32>)
+        ORBA_KERNEL_1i_1o(d, Inv, EP, InvEp<F64>) ORBA_KERNEL_1i_1o(s, Inv, EP, InvEp<F32>)
 #else
-ORBA_SAME_KERNEL(vdInv, 1i_1o, d, EP, HA)
-ORBA_SAME_KERNEL(vsInv, 1i_1o, s, EP, HA)
+        ORBA_SAME_KERNEL(vdInv, 1i_1o, d, EP, HA) ORBA_SAME_KERNEL(vsInv, 1i_1o, s, EP, HA)
 #endif
 #if ORBA_CLASS == 5
-ORBA_KERNEL_1i_1o(s, Inv, HA, InvSeries)
-ORBA_SAME_KERNEL(vsInv, 1i_1o, s, LA, EP)
+            ORBA_KERNEL_1i_1o(s, Inv, HA, InvSeries) ORBA_SAME_KERNEL(vsInv, 1i_1o, s, LA, EP)
 #elif ORBA_CLASS == 3
-ORBA_KERNEL_1i_1o(s, Inv, HA, InvHardware<F32>)
-ORBA_KERNEL_1i_1o(s, Inv, LA, InvSeries)
+            ORBA_KERNEL_1i_1o(s, Inv, HA, InvHardware<F32>) ORBA_KERNEL_1i_1o(s, Inv, LA, InvSeries)
 #else
-ORBA_KERNEL_1i_1o(s, Inv, HA, InvHardware<F32>)
-ORBA_SAME_KERNEL(vsInv, 1i_1o, s, LA, HA)
+ORBA_KERNEL_1i_1o(s, Inv, HA, InvHardware<F32>) ORBA_SAME_KERNEL(vsInv, 1i_1o, s, LA, HA)
 #endif

@@ -1,15 +1,14 @@
 // InvSqrt: 1/sqrt(a). KAM_STATUS_SING at both zeros (infinity by the sign of zero),
 // KAM_STATUS_ERRDOM below zero.
 //
-// y0 is a short seed, so that y0^2 is exact and e = 1 - a*y0^2 carries one rounding of its own size;
-// then y = y0 + y0*w(e) with w the head of the binomial series of (1 - e)^(-1/2) - 1. The only error
-// near the size of a unit is the last rounding: 0.5 ULP and 2^-10 of one. In double LA shares this
-// kernel; in single LA takes e = 1 - (a*y0)*y0 from the uncut seed, whose product's rounding comes to
-// half a unit more at the most.
+// y0 is a short seed, so that y0^2 is exact and e = 1 - a*y0^2 carries one rounding of its own
+// size; then y = y0 + y0*w(e) with w the head of the binomial series of (1 - e)^(-1/2) - 1. The
+// only error near the size of a unit is the last rounding: 0.5 ULP and 2^-10 of one. LA shares the
+// kernel: without the cut, e = 1 - (a*y0)*y0 costs one operation less and up to 1.01 ULP.
 //
-// Without FMA (classes 0 to 2) the seed is refined once and cut to 17 bits; with the head of a cut to
-// 19 bits both a_head*y0^2 and its difference from 1 are exact, and the tail's product is small. In
-// single precision the same with 12-bit halves.
+// Without FMA (classes 0 to 2) the seed is refined once and cut to 17 bits; with the head of a cut
+// to 19 bits both a_head*y0^2 and its difference from 1 are exact, and the tail's product is small.
+// In single precision the same with 12-bit halves.
 #include "vm/kernels/arith/seed_tables.h"
 #include "vm/kernels/arith/seeds.h"
 #include "vm/kernels/contract/kernel.h"
@@ -50,7 +49,8 @@ ORBA_COLD int32_t inv_sqrt_callout(const double* a, double* r) {
   const double m = bit_cast<double>((bits & 0x000fffffffffffff) | (uint64_t{0x3ff} + parity) << 52);
   const double seed = kInvSqrtSeed[((bits >> 47) & 31) + 32 * parity];
 
-  // |e| < 2^-5.9. The square of the seed has 26 bits, so its products with the halves of m are exact.
+  // |e| < 2^-5.9. The square of the seed has 26 bits, so its products with the halves of m are
+  // exact.
   const double square = seed * seed;
   const double m_head = head(m);
   const double e = (1.0 - m_head * square) - (m - m_head) * square;
@@ -70,14 +70,14 @@ ORBA_COLD int32_t inv_sqrt_callout(const double* a, double* r) {
   return kOk;
 }
 
-// Arguments between these powers of two take the vector path. LA and HA leave room for the residual;
-// at the upper end the square of the seed stays normal, which flush-to-zero needs.
+// Arguments between these powers of two take the vector path. LA and HA leave room for the
+// residual; at the upper end the square of the seed stays normal, which flush-to-zero needs.
 struct Domain {
   uint32_t low, high;  // of the high word
 };
-constexpr Domain kFullDomain = {0x03500000, 0x7fbfffff};  // [2^-970, 2^1021)
-constexpr Domain kEpDomain = {0x00300000, 0x7fbfffff};    // [2^-1020, 2^1021)
-constexpr Domain kFloatDomain = {0x00800000, 0x7e7fffff}; // [2^-126, 2^126)
+constexpr Domain kFullDomain = {0x03500000, 0x7fbfffff};   // [2^-970, 2^1021)
+constexpr Domain kEpDomain = {0x00300000, 0x7fbfffff};     // [2^-1020, 2^1021)
+constexpr Domain kFloatDomain = {0x00800000, 0x7e7fffff};  // [2^-126, 2^126)
 
 #if ORBA_CLASS >= 3
 
@@ -91,12 +91,12 @@ ORBA_INLINE F64 short_seed(F64, F64 seed) { return seed; }
 #else
 
 ORBA_INLINE F64 short_seed(F64 x, F64 seed) {
-#if ORBA_CLASS == 1
+#  if ORBA_CLASS == 1
   const F64 y = F64(1) / sqrt(x);
   (void)seed;
-#else
+#  else
   const F64 y = seed * (1.5 - (0.5 * x) * (seed * seed));
-#endif
+#  endif
   return shortened(y, static_cast<int64_t>(0xfffffff000000000));  // 17 bits
 }
 ORBA_INLINE F64 residual(F64 x, F64 y) {
@@ -115,9 +115,9 @@ ORBA_INLINE F32 residual(F32 x, F32 y) {
 
 #endif
 
-// y*(1 - e)^(-1/2) from the seed y. Double, |e| < 2^-10.3 (class 5: 2^-12.9): degree 4 of the binomial
-// series, fitted to the interval; the rest is below 2^-55. From the refined seed, |e| < 2^-15, degree
-// 3 does. Single, |e| < 2^-9.6: degree 2, rest below 2^-30.
+// y*(1 - e)^(-1/2) from the seed y. Double, |e| < 2^-10.3 (class 5: 2^-12.9): degree 4 of the
+// binomial series, fitted to the interval; the rest is below 2^-55. From the refined seed, |e| <
+// 2^-15, degree 3 does. Single, |e| < 2^-9.6: degree 2, rest below 2^-30.
 struct Full {
   static constexpr Domain domain = kFullDomain;
   ORBA_INLINE static F64 refine(F64 x, F64 seed) {
@@ -132,17 +132,7 @@ struct Full {
   ORBA_INLINE static F32 refine(F32 x) {
     const F32 y = rsqrt_seed(x);
     const F32 e = residual(x, y);
-    return mul_add(y, e * mul_add(F32(0.375f), e, F32(0.5f)), y);
-  }
-};
-
-// Single precision, FMA. The better seed of class 5 needs one term less: the rest is 2^-27.4.
-struct Low {
-  ORBA_INLINE static F32 refine(F32 x) {
-    const F32 y = approx_rsqrt(x);
-    const F32 e = neg_mul_add(x * y, y, F32(1));
-    if constexpr (kClass == 5) return mul_add(0.5f * y, e, y);
-    return mul_add(y, e * mul_add(F32(0.375f), e, F32(0.5f)), y);
+    return mul_add(y * e, mul_add(F32(0.375f), e, F32(0.5f)), y);
   }
 };
 
@@ -205,18 +195,11 @@ struct InvSqrt32 {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_KERNEL_1i_1o(d, InvSqrt, HA, InvSqrt64<Full>)
-ORBA_SAME_KERNEL(vdInvSqrt, 1i_1o, d, LA, HA)
-ORBA_KERNEL_1i_1o(s, InvSqrt, HA, InvSqrt32<Full>)
-#if ORBA_CLASS >= 3
-ORBA_KERNEL_1i_1o(s, InvSqrt, LA, InvSqrt32<Low>)
-#else
-ORBA_SAME_KERNEL(vsInvSqrt, 1i_1o, s, LA, HA)
-#endif
+ORBA_KERNEL_1i_1o(d, InvSqrt, HA, InvSqrt64<Full>) ORBA_SAME_KERNEL(vdInvSqrt, 1i_1o, d, LA, HA)
+    ORBA_KERNEL_1i_1o(s, InvSqrt, HA, InvSqrt32<Full>) ORBA_SAME_KERNEL(vsInvSqrt, 1i_1o, s, LA, HA)
 #if ORBA_CLASS >= 2
-ORBA_KERNEL_1i_1o(d, InvSqrt, EP, InvSqrt64<Ep>)
-ORBA_KERNEL_1i_1o(s, InvSqrt, EP, InvSqrt32<Ep>)
+        ORBA_KERNEL_1i_1o(d, InvSqrt, EP, InvSqrt64<Ep>)
+            ORBA_KERNEL_1i_1o(s, InvSqrt, EP, InvSqrt32<Ep>)
 #else
-ORBA_SAME_KERNEL(vdInvSqrt, 1i_1o, d, EP, HA)
-ORBA_SAME_KERNEL(vsInvSqrt, 1i_1o, s, EP, HA)
+        ORBA_SAME_KERNEL(vdInvSqrt, 1i_1o, d, EP, HA) ORBA_SAME_KERNEL(vsInvSqrt, 1i_1o, s, EP, HA)
 #endif

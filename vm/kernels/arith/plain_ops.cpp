@@ -15,9 +15,18 @@ ORBA_INLINE F32 quiet_sub(F32 a, F32 b) { return _mm512_sub_round_ps(a.v, b.v, k
 ORBA_INLINE F64 quiet_mul(F64 a, F64 b) { return _mm512_mul_round_pd(a.v, b.v, kQuietNearest); }
 ORBA_INLINE F32 quiet_mul(F32 a, F32 b) { return _mm512_mul_round_ps(a.v, b.v, kQuietNearest); }
 #else
-template <class V> ORBA_INLINE V quiet_add(V a, V b) { return a + b; }
-template <class V> ORBA_INLINE V quiet_sub(V a, V b) { return a - b; }
-template <class V> ORBA_INLINE V quiet_mul(V a, V b) { return a * b; }
+template <class V>
+ORBA_INLINE V quiet_add(V a, V b) {
+  return a + b;
+}
+template <class V>
+ORBA_INLINE V quiet_sub(V a, V b) {
+  return a - b;
+}
+template <class V>
+ORBA_INLINE V quiet_mul(V a, V b) {
+  return a * b;
+}
 #endif
 
 #if ORBA_CLASS <= 1
@@ -27,35 +36,45 @@ ORBA_INLINE float abs(float a) { return __builtin_fabsf(a); }
 
 struct Add {
   static constexpr int inputs = 2;
-  template <class V> ORBA_INLINE static V apply(V a, V b) { return quiet_add(a, b); }
+  template <class V>
+  ORBA_INLINE static V apply(V a, V b) {
+    return quiet_add(a, b);
+  }
 };
 struct Sub {
   static constexpr int inputs = 2;
-  template <class V> ORBA_INLINE static V apply(V a, V b) { return quiet_sub(a, b); }
+  template <class V>
+  ORBA_INLINE static V apply(V a, V b) {
+    return quiet_sub(a, b);
+  }
 };
 struct Mul {
   static constexpr int inputs = 2;
-  template <class V> ORBA_INLINE static V apply(V a, V b) { return quiet_mul(a, b); }
+  template <class V>
+  ORBA_INLINE static V apply(V a, V b) {
+    return quiet_mul(a, b);
+  }
 };
 struct Sqr {
   static constexpr int inputs = 1;
-  template <class V> ORBA_INLINE static V apply(V a) { return quiet_mul(a, a); }
+  template <class V>
+  ORBA_INLINE static V apply(V a) {
+    return quiet_mul(a, a);
+  }
 };
 struct Abs {
   static constexpr int inputs = 1;
-  template <class V> ORBA_INLINE static V apply(V a) { return abs(a); }
+  template <class V>
+  ORBA_INLINE static V apply(V a) {
+    return abs(a);
+  }
 };
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_PLAIN_KERNEL_2i_1o(s, Add, Add)
-ORBA_PLAIN_KERNEL_2i_1o(d, Add, Add)
-ORBA_PLAIN_KERNEL_2i_1o(s, Sub, Sub)
-ORBA_PLAIN_KERNEL_2i_1o(d, Sub, Sub)
-ORBA_PLAIN_KERNEL_2i_1o(s, Mul, Mul)
-ORBA_PLAIN_KERNEL_2i_1o(d, Mul, Mul)
-ORBA_PLAIN_KERNEL_1i_1o(s, Sqr, Sqr)
-ORBA_PLAIN_KERNEL_1i_1o(d, Sqr, Sqr)
-ORBA_PLAIN_KERNEL_1i_1o(s, Abs, Abs)
-ORBA_PLAIN_KERNEL_1i_1o(d, Abs, Abs)
+ORBA_PLAIN_KERNEL_2i_1o(s, Add, Add) ORBA_PLAIN_KERNEL_2i_1o(d, Add, Add)
+    ORBA_PLAIN_KERNEL_2i_1o(s, Sub, Sub) ORBA_PLAIN_KERNEL_2i_1o(d, Sub, Sub)
+        ORBA_PLAIN_KERNEL_2i_1o(s, Mul, Mul) ORBA_PLAIN_KERNEL_2i_1o(d, Mul, Mul)
+            ORBA_PLAIN_KERNEL_1i_1o(s, Sqr, Sqr) ORBA_PLAIN_KERNEL_1i_1o(d, Sqr, Sqr)
+                ORBA_PLAIN_KERNEL_1i_1o(s, Abs, Abs) ORBA_PLAIN_KERNEL_1i_1o(d, Abs, Abs)

@@ -26,13 +26,14 @@ ORBA_INLINE V recip_series(V x, V y) {
 }
 
 // 1/x to 2^-28.5, for processors whose seed of a double takes more operations than the polynomial:
-// y0 from subtracting the bits of x from those of 1.0 twice puts p = x*y0 into [1, 9/8]; q(p) is the
-// quadratic of least relative error 1/19601 against 1/p there (1 - p*q is the cubic Chebyshev
+// y0 from subtracting the bits of x from those of 1.0 twice puts p = x*y0 into [1, 9/8]; q(p) is
+// the quadratic of least relative error 1/19601 against 1/p there (1 - p*q is the cubic Chebyshev
 // polynomial of 16p - 17 over T3(-17)); a Newton step squares that.
 ORBA_INLINE F64 recip_fast(F64 x) {
   const F64 y0 = as_float(I64(0x7fe0000000000000) - as_bits(x));
   const F64 p = x * y0;
-  const F64 q = mul_add(mul_add(F64(16384.0 / 19601), p, F64(-52224.0 / 19601)), p, F64(55440.0 / 19601));
+  const F64 q =
+      mul_add(mul_add(F64(16384.0 / 19601), p, F64(-52224.0 / 19601)), p, F64(55440.0 / 19601));
   return recip_series<1>(x, y0 * q);
 }
 

@@ -1,4 +1,5 @@
 // Written by tools/tables/arith_seeds.cpp; do not edit.
+// clang-format off
 #pragma once
 
 namespace orba::ORBA_CLASS_NAMESPACE {

@@ -1,8 +1,8 @@
 // Sqrt: KAM_STATUS_ERRDOM below zero; -0 gives -0.
 //
 // y = seed of 1/sqrt(a), t = a*y, e = 1 - t*y; then sqrt(a) = t*(1 - e)^(-1/2) = t + t*w(e), w the
-// head of the binomial series. HA adds the step r + (a - r^2)*y/2 on the exact residual: 0.5 ULP and
-// 2^-13 of one. Without FMA (classes 0 to 2) the hardware root is both exact and faster.
+// head of the binomial series. HA adds the step r + (a - r^2)*y/2 on the exact residual: 0.5 ULP
+// and 2^-13 of one. Without FMA (classes 0 to 2) the hardware root is both exact and faster.
 #include "vm/kernels/arith/seed_tables.h"
 #include "vm/kernels/arith/seeds.h"
 #include "vm/kernels/contract/kernel.h"
@@ -58,8 +58,8 @@ ORBA_COLD int32_t sqrt_callout(const double* a, double* r) {
   return kOk;
 }
 
-// Arguments between these powers of two take the vector path; the residual of HA has no bits to lose
-// there.
+// Arguments between these powers of two take the vector path; the residual of HA has no bits to
+// lose there.
 struct Domain {
   uint32_t low, high;  // of the high word
 };
@@ -123,12 +123,12 @@ ORBA_INLINE V sqrt_series(V x, V y) {
 template <Degree degree>
 struct SqrtSeries64 : SqrtHardware<F64> {
   static constexpr Domain domain = degree == Degree::full_with_residual ? kResidualDomain : kDomain;
-#if ORBA_CLASS == 5
+#  if ORBA_CLASS == 5
   ORBA_INLINE static F64 eval(F64 x, M64& flag) {
     flag = flag | outside(as_bits(x), domain.low, domain.high);
     return sqrt_series<degree>(x, approx_rsqrt(x));
   }
-#else
+#  else
   using Flag = WordMask;
   static constexpr bool wide = true;
   static constexpr int unroll = 1;
@@ -138,7 +138,7 @@ struct SqrtSeries64 : SqrtHardware<F64> {
     const Wide<F64> y = rsqrt_seed(high);
     return {sqrt_series<degree>(x.lo, y.lo), sqrt_series<degree>(x.hi, y.hi)};
   }
-#endif
+#  endif
 };
 
 template <Degree degree>
@@ -158,20 +158,19 @@ struct SqrtSeries32 : SqrtHardware<F32> {
 
 #if ORBA_CLASS >= 3
 ORBA_KERNEL_1i_1o(d, Sqrt, LA, SqrtSeries64<Degree::full>)
-ORBA_KERNEL_1i_1o(d, Sqrt, EP, SqrtSeries64<Degree::ep>)
-ORBA_KERNEL_1i_1o(s, Sqrt, LA, SqrtSeries32<Degree::full>)
-ORBA_KERNEL_1i_1o(s, Sqrt, EP, SqrtSeries32<Degree::ep>)
+    ORBA_KERNEL_1i_1o(d, Sqrt, EP, SqrtSeries64<Degree::ep>)
+        ORBA_KERNEL_1i_1o(s, Sqrt, LA, SqrtSeries32<Degree::full>)
+            ORBA_KERNEL_1i_1o(s, Sqrt, EP, SqrtSeries32<Degree::ep>)
 #endif
 #if ORBA_CLASS == 5
-ORBA_KERNEL_1i_1o(d, Sqrt, HA, SqrtSeries64<Degree::full_with_residual>)
-ORBA_KERNEL_1i_1o(s, Sqrt, HA, SqrtSeries32<Degree::full_with_residual>)
+                ORBA_KERNEL_1i_1o(d, Sqrt, HA, SqrtSeries64<Degree::full_with_residual>)
+                    ORBA_KERNEL_1i_1o(s, Sqrt, HA, SqrtSeries32<Degree::full_with_residual>)
 #else
-ORBA_KERNEL_1i_1o(d, Sqrt, HA, SqrtHardware<F64>)
-ORBA_KERNEL_1i_1o(s, Sqrt, HA, SqrtHardware<F32>)
+ORBA_KERNEL_1i_1o(d, Sqrt, HA, SqrtHardware<F64>) ORBA_KERNEL_1i_1o(s, Sqrt, HA, SqrtHardware<F32>)
 #endif
 #if ORBA_CLASS < 3
-ORBA_SAME_KERNEL(vdSqrt, 1i_1o, d, LA, HA)
-ORBA_SAME_KERNEL(vdSqrt, 1i_1o, d, EP, HA)
-ORBA_SAME_KERNEL(vsSqrt, 1i_1o, s, LA, HA)
-ORBA_SAME_KERNEL(vsSqrt, 1i_1o, s, EP, HA)
+                        ORBA_SAME_KERNEL(vdSqrt, 1i_1o, d, LA, HA)
+                            ORBA_SAME_KERNEL(vdSqrt, 1i_1o, d, EP, HA)
+                                ORBA_SAME_KERNEL(vsSqrt, 1i_1o, s, LA, HA)
+                                    ORBA_SAME_KERNEL(vsSqrt, 1i_1o, s, EP, HA)
 #endif

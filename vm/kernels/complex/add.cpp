@@ -1,5 +1,5 @@
-// Complex Add and Sub: sums of parts, correctly rounded. LA and HA report KAM_STATUS_OVERFLOW when a
-// part of the result is infinite while no part of the arguments is; EP reports nothing.
+// Complex Add and Sub: sums of parts, correctly rounded. LA and HA report KAM_STATUS_OVERFLOW when
+// a part of the result is infinite while no part of the arguments is; EP reports nothing.
 #include "vm/kernels/complex/arith.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
@@ -46,14 +46,13 @@ struct SumChecked : SumQuiet<E, subtract> {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-#define ORBA_SUM_KERNELS(t, Name, E, subtract)                  \
-  ORBA_KERNEL_2i_1o(t, Name, HA, SumChecked<E, subtract>)       \
-  ORBA_SAME_KERNEL(v##t##Name, 2i_1o, t, LA, HA)                \
-  ORBA_SUM_EP(t, Name, E, subtract)
+#define ORBA_SUM_KERNELS(t, Name, E, subtract)            \
+  ORBA_KERNEL_2i_1o(t, Name, HA, SumChecked<E, subtract>) \
+      ORBA_SAME_KERNEL(v##t##Name, 2i_1o, t, LA, HA) ORBA_SUM_EP(t, Name, E, subtract)
 #if ORBA_CLASS == 1
-#define ORBA_SUM_EP(t, Name, E, subtract) ORBA_SAME_KERNEL(v##t##Name, 2i_1o, t, EP, HA)
+#  define ORBA_SUM_EP(t, Name, E, subtract) ORBA_SAME_KERNEL(v##t##Name, 2i_1o, t, EP, HA)
 #else
-#define ORBA_SUM_EP(t, Name, E, subtract) ORBA_KERNEL_2i_1o(t, Name, EP, SumQuiet<E, subtract>)
+#  define ORBA_SUM_EP(t, Name, E, subtract) ORBA_KERNEL_2i_1o(t, Name, EP, SumQuiet<E, subtract>)
 #endif
 
 ORBA_SUM_KERNELS(c, Add, KamComplex8, false)

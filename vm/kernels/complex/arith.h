@@ -1,5 +1,5 @@
-// Scalar complex arithmetic behind the callouts: complete for all inputs, in double. Single-precision
-// callouts widen, call, and narrow.
+// Scalar complex arithmetic behind the callouts: complete for all inputs, in double.
+// Single-precision callouts widen, call, and narrow.
 #pragma once
 
 #include "vm/kernels/contract/kernel.h"

@@ -3,7 +3,8 @@
 //
 // With a = x + iy, b = u + iv: a/b = (x*u + y*v, y*u - x*v) / (u*u + v*v).
 //   single, LA and HA   in double, where products are exact: half a unit of each part
-//   double, LA and HA   numerators and denominator as pairs, one reciprocal, a step on the residual:
+//   double, LA and HA   numerators and denominator as pairs, one reciprocal, a step on the
+//   residual:
 //                       half a unit of each part
 //   EP                  plain products, seeded reciprocal
 // There is no scaling in the vector path: lanes whose parts lie so far from 1 that a square or a
@@ -53,7 +54,8 @@ struct DivBase {
 struct DivInDouble : DivBase<KamComplex8> {
   ORBA_INLINE static Pairs<F32> eval(Pairs<F32> a, Pairs<F32> b, M32& flag) {
     const Complex<F32> x = split(a), y = split(b);
-    const Complex<F64> low = half(widen_low(x.re), widen_low(x.im), widen_low(y.re), widen_low(y.im));
+    const Complex<F64> low =
+        half(widen_low(x.re), widen_low(x.im), widen_low(y.re), widen_low(y.im));
     const Complex<F64> high =
         half(widen_high(x.re), widen_high(x.im), widen_high(y.re), widen_high(y.im));
     const Complex<F32> r{narrow(low.re, high.re), narrow(low.im, high.im)};
@@ -75,9 +77,8 @@ struct DivPairs : DivBase<KamComplex16> {
     flag = flag | far_from_one(x, pow2(-400), pow2(400)) | far_from_one(y, pow2(-400), pow2(400));
     const Pair<F64> d = sum_of_products(y.re, y.re, y.im, y.im);
     const F64 recip = F64(1) / d.hi;
-    return join(Complex<F64>{
-        quotient(sum_of_products(x.re, y.re, x.im, y.im), d, recip),
-        quotient(sum_of_products(x.im, y.re, negate(x.re), y.im), d, recip)});
+    return join(Complex<F64>{quotient(sum_of_products(x.re, y.re, x.im, y.im), d, recip),
+                             quotient(sum_of_products(x.im, y.re, negate(x.re), y.im), d, recip)});
   }
 };
 
@@ -101,14 +102,11 @@ struct DivFast : DivBase<E> {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_KERNEL_2i_1o(c, Div, HA, DivInDouble)
-ORBA_SAME_KERNEL(vcDiv, 2i_1o, c, LA, HA)
-ORBA_KERNEL_2i_1o(z, Div, HA, DivPairs)
-ORBA_SAME_KERNEL(vzDiv, 2i_1o, z, LA, HA)
+ORBA_KERNEL_2i_1o(c, Div, HA, DivInDouble) ORBA_SAME_KERNEL(vcDiv, 2i_1o, c, LA, HA)
+    ORBA_KERNEL_2i_1o(z, Div, HA, DivPairs) ORBA_SAME_KERNEL(vzDiv, 2i_1o, z, LA, HA)
 #if ORBA_CLASS >= 2
-ORBA_KERNEL_2i_1o(c, Div, EP, DivFast<KamComplex8>)
-ORBA_KERNEL_2i_1o(z, Div, EP, DivFast<KamComplex16>)
+        ORBA_KERNEL_2i_1o(c, Div, EP, DivFast<KamComplex8>)
+            ORBA_KERNEL_2i_1o(z, Div, EP, DivFast<KamComplex16>)
 #else
-ORBA_SAME_KERNEL(vcDiv, 2i_1o, c, EP, HA)
-ORBA_SAME_KERNEL(vzDiv, 2i_1o, z, EP, HA)
+        ORBA_SAME_KERNEL(vcDiv, 2i_1o, c, EP, HA) ORBA_SAME_KERNEL(vzDiv, 2i_1o, z, EP, HA)
 #endif

@@ -1,10 +1,11 @@
-// Complex Mul and MulByConj. KAM_STATUS_OVERFLOW when finite parts give an infinite part; infinities
-// are recovered from NaN parts as C99, Annex G.
+// Complex Mul and MulByConj. KAM_STATUS_OVERFLOW when finite parts give an infinite part;
+// infinities are recovered from NaN parts as C99, Annex G.
 //
 // With a = x + iy, b = u + iv: re = x*u - y*v, im = x*v + y*u.
 //   single, LA and HA   in double, where the products are exact: each part is off by half a unit
 //   double, HA          sums of products in pair arithmetic: half a unit of each part
-//   double, LA          with w = y*v: fma(x, u, -w) plus the rounding error of w (W. Kahan): at most
+//   double, LA          with w = y*v: fma(x, u, -w) plus the rounding error of w (W. Kahan): at
+//   most
 //                       1.5 units of a part (C.-P. Jeannerod et al., Math. Comp. 82, 2013)
 //   EP                  fma(x, u, -(y*v)): relative to |a*b|, 2^-52 (2^-23)
 // Classes without FMA run HA at LA; classes 0 and 1 at EP too.
@@ -113,25 +114,24 @@ struct MulPairs : MulBase<KamComplex16, conjugate> {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-#define ORBA_MUL_KERNELS(Name, conjugate)                        \
-  ORBA_KERNEL_2i_1o(c, Name, HA, MulInDouble<conjugate>)         \
-  ORBA_SAME_KERNEL(vc##Name, 2i_1o, c, LA, HA)                   \
-  ORBA_KERNEL_2i_1o(z, Name, HA, MulPairs<conjugate>)            \
-  ORBA_MUL_LA(Name, conjugate)                                   \
-  ORBA_MUL_EP(Name, conjugate)
+#define ORBA_MUL_KERNELS(Name, conjugate)                                                  \
+  ORBA_KERNEL_2i_1o(c, Name, HA, MulInDouble<conjugate>)                                   \
+      ORBA_SAME_KERNEL(vc##Name, 2i_1o, c, LA, HA)                                         \
+          ORBA_KERNEL_2i_1o(z, Name, HA, MulPairs<conjugate>) ORBA_MUL_LA(Name, conjugate) \
+              ORBA_MUL_EP(Name, conjugate)
 #if ORBA_CLASS >= 3
-#define ORBA_MUL_LA(Name, conjugate) ORBA_KERNEL_2i_1o(z, Name, LA, MulKahan<conjugate>)
+#  define ORBA_MUL_LA(Name, conjugate) ORBA_KERNEL_2i_1o(z, Name, LA, MulKahan<conjugate>)
 #else
-#define ORBA_MUL_LA(Name, conjugate) ORBA_SAME_KERNEL(vz##Name, 2i_1o, z, LA, HA)
+#  define ORBA_MUL_LA(Name, conjugate) ORBA_SAME_KERNEL(vz##Name, 2i_1o, z, LA, HA)
 #endif
 #if ORBA_CLASS >= 2
-#define ORBA_MUL_EP(Name, conjugate)                                  \
-  ORBA_KERNEL_2i_1o(c, Name, EP, MulFast<KamComplex8, conjugate>)     \
-  ORBA_KERNEL_2i_1o(z, Name, EP, MulFast<KamComplex16, conjugate>)
+#  define ORBA_MUL_EP(Name, conjugate)                              \
+    ORBA_KERNEL_2i_1o(c, Name, EP, MulFast<KamComplex8, conjugate>) \
+        ORBA_KERNEL_2i_1o(z, Name, EP, MulFast<KamComplex16, conjugate>)
 #else
-#define ORBA_MUL_EP(Name, conjugate)            \
-  ORBA_SAME_KERNEL(vc##Name, 2i_1o, c, EP, HA)  \
-  ORBA_SAME_KERNEL(vz##Name, 2i_1o, z, EP, HA)
+#  define ORBA_MUL_EP(Name, conjugate)           \
+    ORBA_SAME_KERNEL(vc##Name, 2i_1o, c, EP, HA) \
+    ORBA_SAME_KERNEL(vz##Name, 2i_1o, z, EP, HA)
 #endif
 
 ORBA_MUL_KERNELS(Mul, false)

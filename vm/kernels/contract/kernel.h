@@ -6,7 +6,8 @@
 //   inputs, outputs                1 or 2 of each
 //   unroll                         packs per round of the main loop
 //   wide (optional)                true: an eval takes two vectors of doubles, a Wide<F64>
-//   Flag                           M64, M32, PairMask of them, WordMask with wide; NoFlag when no lane
+//   Flag                           M64, M32, PairMask of them, WordMask with wide; NoFlag when no
+//   lane
 //                                  is ever special
 //   eval(a [, b], Flag&)           the branch-free computation on one pack, for any input; it ORs
 //                                  into Flag the lanes whose result it can't vouch for
@@ -50,12 +51,11 @@ constexpr bool has_flags = !__is_same(typename F::Flag, NoFlag);
 template <class F>
 constexpr bool is_wide = false;
 template <class F>
-  requires(F::wide)
-constexpr bool is_wide<F> = true;
+requires(F::wide) constexpr bool is_wide<F> = true;
 
 // Elements of one eval.
 template <class F>
-constexpr int eval_size = pack_size<typename F::In> * (is_wide<F> ? 2 : 1);
+constexpr int eval_size = pack_size<typename F::In>*(is_wide<F> ? 2 : 1);
 
 template <class F>
 ORBA_INLINE auto load_for(const typename F::In* p) {
@@ -92,8 +92,8 @@ ORBA_INLINE void store_results(const Arrays<F>& x, int64_t i, const Y& y, Live..
   }
 }
 
-// Whole rounds from `i` on, until `end` or before the first round with a flagged lane, which is left
-// untouched.
+// Whole rounds from `i` on, until `end` or before the first round with a flagged lane, which is
+// left untouched.
 template <class F>
 ORBA_INLINE int64_t rounds(const F& f, const Arrays<F>& x, int64_t i, int64_t end) {
   for (; i < end; i += F::unroll * eval_size<F>) {
@@ -113,7 +113,8 @@ ORBA_INLINE int64_t rounds(const F& f, const Arrays<F>& x, int64_t i, int64_t en
 
 // The main loop of a function with callouts: a leaf, so that constants stay in registers.
 template <class F>
-__attribute__((noinline)) int64_t run_rounds(const F& f, Arrays<F> x, int64_t i, int64_t end) {
+__attribute__((noinline)) int64_t run_rounds(const F& f, const Arrays<F>& x, int64_t i,
+                                             int64_t end) {
   return rounds(f, x, i, end);
 }
 
@@ -202,7 +203,7 @@ ORBA_INLINE void packs(const F& f, const Arrays<F>& x, int64_t i, int64_t end,
   if (i < end) run_pack(f, x, i, environment, name, static_cast<int>(end - i));
 }
 template <class F>
-__attribute__((noinline)) void run_packs(const F& f, Arrays<F> x, int64_t i, int64_t end,
+__attribute__((noinline)) void run_packs(const F& f, const Arrays<F>& x, int64_t i, int64_t end,
                                          FloatEnvironment& environment, const char* name) {
   packs(f, x, i, end, environment, name);
 }
@@ -245,34 +246,36 @@ ORBA_INLINE void run_kernel(int32_t n, const Arrays<F>& x, const char* name, con
 
 // Kernel entries. The kernel of a row, an accuracy and a class has a C name of its own, such as
 // orba_c3_vdAdd_LA; vm/frame/rows.cpp fills the row from these names. A kernel source ends with one
-// line per row and accuracy: ORBA_KERNEL_... for a kernel, ORBA_SAME_KERNEL where an accuracy shares
-// the kernel of another one.
+// line per row and accuracy: ORBA_KERNEL_... for a kernel, ORBA_SAME_KERNEL where an accuracy
+// shares the kernel of another one.
 #define ORBA_KERNEL_NAME_(class_name, row, accuracy) orba_##class_name##_##row##_##accuracy
-#define ORBA_KERNEL_NAME_EXPANDED(class_name, row, accuracy) ORBA_KERNEL_NAME_(class_name, row, accuracy)
-#define ORBA_KERNEL_NAME(row, accuracy) ORBA_KERNEL_NAME_EXPANDED(ORBA_CLASS_NAMESPACE, row, accuracy)
+#define ORBA_KERNEL_NAME_EXPANDED(class_name, row, accuracy) \
+  ORBA_KERNEL_NAME_(class_name, row, accuracy)
+#define ORBA_KERNEL_NAME(row, accuracy) \
+  ORBA_KERNEL_NAME_EXPANDED(ORBA_CLASS_NAMESPACE, row, accuracy)
 #define ORBA_STRING_(x) #x
 #define ORBA_STRING(x) ORBA_STRING_(x)
 
-#define ORBA_KERNEL_1i_1o(t, Name, accuracy, ...)                                                  \
-  extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(                                          \
-      int32_t n, const orba::vm::Type_##t::Element* a, orba::vm::Type_##t::Element* r) {           \
-    using namespace orba::ORBA_CLASS_NAMESPACE;                                                    \
-    run_kernel<__VA_ARGS__>(n, {a, a, r, r}, "v" #t #Name);                                        \
+#define ORBA_KERNEL_1i_1o(t, Name, accuracy, ...)                                        \
+  extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(                                \
+      int32_t n, const orba::vm::Type_##t::Element* a, orba::vm::Type_##t::Element* r) { \
+    using namespace orba::ORBA_CLASS_NAMESPACE;                                          \
+    run_kernel<__VA_ARGS__>(n, {a, a, r, r}, "v" #t #Name);                              \
   }
-#define ORBA_KERNEL_2i_1o(t, Name, accuracy, ...)                                                  \
-  extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(                                          \
-      int32_t n, const orba::vm::Type_##t::Element* a, const orba::vm::Type_##t::Element* b,       \
-      orba::vm::Type_##t::Element* r) {                                                            \
-    using namespace orba::ORBA_CLASS_NAMESPACE;                                                    \
-    run_kernel<__VA_ARGS__>(n, {a, b, r, r}, "v" #t #Name);                                        \
+#define ORBA_KERNEL_2i_1o(t, Name, accuracy, ...)                                            \
+  extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(                                    \
+      int32_t n, const orba::vm::Type_##t::Element* a, const orba::vm::Type_##t::Element* b, \
+      orba::vm::Type_##t::Element* r) {                                                      \
+    using namespace orba::ORBA_CLASS_NAMESPACE;                                              \
+    run_kernel<__VA_ARGS__>(n, {a, b, r, r}, "v" #t #Name);                                  \
   }
-#define ORBA_KERNEL_1i_2o(t, Name, accuracy, ...)                                                  \
-  extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(                                          \
-      int32_t n, const orba::vm::Type_##t::Element* a, orba::vm::Type_##t::Element* r1,            \
-      orba::vm::Type_##t::Element* r2) {                                                           \
-    using namespace orba::ORBA_CLASS_NAMESPACE;                                                    \
-    run_kernel<__VA_ARGS__>(n, {a, a, r1, r2}, "v" #t #Name);                                      \
+#define ORBA_KERNEL_1i_2o(t, Name, accuracy, ...)                                       \
+  extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(                               \
+      int32_t n, const orba::vm::Type_##t::Element* a, orba::vm::Type_##t::Element* r1, \
+      orba::vm::Type_##t::Element* r2) {                                                \
+    using namespace orba::ORBA_CLASS_NAMESPACE;                                         \
+    run_kernel<__VA_ARGS__>(n, {a, a, r1, r2}, "v" #t #Name);                           \
   }
-#define ORBA_SAME_KERNEL(row, shape, t, accuracy, same_as)                                         \
-  extern "C" orba::vm::Kernel_##shape<orba::vm::Type_##t> ORBA_KERNEL_NAME(row, accuracy)          \
+#define ORBA_SAME_KERNEL(row, shape, t, accuracy, same_as)                                \
+  extern "C" orba::vm::Kernel_##shape<orba::vm::Type_##t> ORBA_KERNEL_NAME(row, accuracy) \
       __attribute__((alias(ORBA_STRING(ORBA_KERNEL_NAME(row, same_as)))));

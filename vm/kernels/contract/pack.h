@@ -35,15 +35,15 @@ ORBA_INLINE Pairs<V> join(Complex<V> z) {
   return p;
 }
 
-// Twice as many doubles in two vectors: a pack for functions that work on the high words of doubles,
-// which then fill one vector of 32-bit lanes.
+// Twice as many doubles in two vectors: a pack for functions that work on the high words of
+// doubles, which then fill one vector of 32-bit lanes.
 template <class V>
 struct Wide {
   V lo, hi;
 };
 
-// The high words of a wide pack in one vector, and back into doubles with zero low words. Their order
-// is that of the cheapest shuffle; WordMask is a mask of lanes in that order.
+// The high words of a wide pack in one vector, and back into doubles with zero low words. Their
+// order is that of the cheapest shuffle; WordMask is a mask of lanes in that order.
 struct WordMask {
   M32 v;
 };
@@ -61,8 +61,8 @@ ORBA_INLINE Wide<F64> from_high_words(I32 words) {
 }
 #elif ORBA_CLASS == 3
 ORBA_INLINE I32 high_words(Wide<F64> x) {
-  return _mm256_castps_si256(
-      _mm256_shuffle_ps(_mm256_castpd_ps(x.lo.v), _mm256_castpd_ps(x.hi.v), _MM_SHUFFLE(3, 1, 3, 1)));
+  return _mm256_castps_si256(_mm256_shuffle_ps(_mm256_castpd_ps(x.lo.v), _mm256_castpd_ps(x.hi.v),
+                                               _MM_SHUFFLE(3, 1, 3, 1)));
 }
 ORBA_INLINE Wide<F64> from_high_words(I32 words) {
   const __m256i zero = _mm256_setzero_si256();
@@ -89,11 +89,28 @@ ORBA_INLINE bool any(PairMask<M> m) {
 struct NoFlag {};
 ORBA_INLINE NoFlag operator|(NoFlag, NoFlag) { return {}; }
 
-template <class E> struct PackOf;
-template <> struct PackOf<float> { using Pack = F32; using Part = float; };
-template <> struct PackOf<double> { using Pack = F64; using Part = double; };
-template <> struct PackOf<KamComplex8> { using Pack = Pairs<F32>; using Part = float; };
-template <> struct PackOf<KamComplex16> { using Pack = Pairs<F64>; using Part = double; };
+template <class E>
+struct PackOf;
+template <>
+struct PackOf<float> {
+  using Pack = F32;
+  using Part = float;
+};
+template <>
+struct PackOf<double> {
+  using Pack = F64;
+  using Part = double;
+};
+template <>
+struct PackOf<KamComplex8> {
+  using Pack = Pairs<F32>;
+  using Part = float;
+};
+template <>
+struct PackOf<KamComplex16> {
+  using Pack = Pairs<F64>;
+  using Part = double;
+};
 
 // Elements of a pack, the same for reals and pairs of one precision.
 template <class E>
@@ -101,7 +118,9 @@ constexpr int pack_size = sizeof(typename PackOf<E>::Part) == 8 ? F64::lanes : F
 
 ORBA_INLINE const float* parts(const KamComplex8* p) { return reinterpret_cast<const float*>(p); }
 ORBA_INLINE float* parts(KamComplex8* p) { return reinterpret_cast<float*>(p); }
-ORBA_INLINE const double* parts(const KamComplex16* p) { return reinterpret_cast<const double*>(p); }
+ORBA_INLINE const double* parts(const KamComplex16* p) {
+  return reinterpret_cast<const double*>(p);
+}
 ORBA_INLINE double* parts(KamComplex16* p) { return reinterpret_cast<double*>(p); }
 
 ORBA_INLINE F32 load_pack(const float* p) { return load(p); }
@@ -124,7 +143,9 @@ ORBA_INLINE void store_pack(double* p, Wide<F64> x) {
 }
 
 // `live` elements, 1 to the size of the pack less one.
-ORBA_INLINE F32 load_pack(const float* p, int live) { return load_partial(p, live, static_cast<float>(kFiller)); }
+ORBA_INLINE F32 load_pack(const float* p, int live) {
+  return load_partial(p, live, static_cast<float>(kFiller));
+}
 ORBA_INLINE F64 load_pack(const double* p, int live) { return load_partial(p, live, kFiller); }
 ORBA_INLINE void store_pack(float* p, int live, F32 x) { store_partial(p, live, x); }
 ORBA_INLINE void store_pack(double* p, int live, F64 x) { store_partial(p, live, x); }

@@ -2,8 +2,8 @@
 //
 // Classes 2 to 5 run the common contract. Classes 0 and 1 have a form of their own: when the count
 // is at least 8 and the destination is aligned to its element, a scalar head brings the destination
-// to 16 bytes and the loop stores aligned; otherwise a plain scalar loop. Their entry only masks the
-// exceptions: they neither read the flush-to-zero field nor change it.
+// to 16 bytes and the loop stores aligned; otherwise a plain scalar loop. Their entry only masks
+// the exceptions: they neither read the flush-to-zero field nor change it.
 #pragma once
 
 #include "vm/kernels/contract/kernel.h"
@@ -55,8 +55,12 @@ template <class Op, bool a_aligned, bool b_aligned, class E>
 ORBA_INLINE int64_t aligned_loop(const E* a, const E* b, E* r, int64_t i, int64_t n) {
   constexpr int size = pack_size<E>;
   constexpr int packs = 4;
-  const auto load_a = [&](int64_t j) { return a_aligned ? load_aligned(a + j) : load_halves(a + j); };
-  const auto load_b = [&](int64_t j) { return b_aligned ? load_aligned(b + j) : load_halves(b + j); };
+  const auto load_a = [&](int64_t j) {
+    return a_aligned ? load_aligned(a + j) : load_halves(a + j);
+  };
+  const auto load_b = [&](int64_t j) {
+    return b_aligned ? load_aligned(b + j) : load_halves(b + j);
+  };
   for (; i + packs * size <= n; i += packs * size) {
     decltype(load_a(0)) y[packs];
     ORBA_UNROLL
@@ -105,7 +109,7 @@ ORBA_INLINE void run_plain(int32_t n, const E* a, const E* b, E* r) {
 
 template <class Op, class E>
 ORBA_INLINE void run_plain(int32_t n, const E* a, const E* b, E* r) {
-  run_kernel<Plain<Op, E>>(n, {a, b, r, r}, "");
+  run_kernel<Plain<Op, E> >(n, {a, b, r, r}, "");
 }
 
 #endif
@@ -113,18 +117,18 @@ ORBA_INLINE void run_plain(int32_t n, const E* a, const E* b, E* r) {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-#define ORBA_PLAIN_KERNEL_1i_1o(t, Name, Op)                                                       \
-  extern "C" void ORBA_KERNEL_NAME(v##t##Name, LA)(                                                \
-      int32_t n, const orba::vm::Type_##t::Element* a, orba::vm::Type_##t::Element* r) {           \
-    orba::ORBA_CLASS_NAMESPACE::run_plain<orba::ORBA_CLASS_NAMESPACE::Op>(n, a, a, r);             \
-  }                                                                                                \
-  ORBA_SAME_KERNEL(v##t##Name, 1i_1o, t, HA, LA)                                                   \
+#define ORBA_PLAIN_KERNEL_1i_1o(t, Name, Op)                                             \
+  extern "C" void ORBA_KERNEL_NAME(v##t##Name, LA)(                                      \
+      int32_t n, const orba::vm::Type_##t::Element* a, orba::vm::Type_##t::Element* r) { \
+    orba::ORBA_CLASS_NAMESPACE::run_plain<orba::ORBA_CLASS_NAMESPACE::Op>(n, a, a, r);   \
+  }                                                                                      \
+  ORBA_SAME_KERNEL(v##t##Name, 1i_1o, t, HA, LA)                                         \
   ORBA_SAME_KERNEL(v##t##Name, 1i_1o, t, EP, LA)
-#define ORBA_PLAIN_KERNEL_2i_1o(t, Name, Op)                                                       \
-  extern "C" void ORBA_KERNEL_NAME(v##t##Name, LA)(                                                \
-      int32_t n, const orba::vm::Type_##t::Element* a, const orba::vm::Type_##t::Element* b,       \
-      orba::vm::Type_##t::Element* r) {                                                            \
-    orba::ORBA_CLASS_NAMESPACE::run_plain<orba::ORBA_CLASS_NAMESPACE::Op>(n, a, b, r);             \
-  }                                                                                                \
-  ORBA_SAME_KERNEL(v##t##Name, 2i_1o, t, HA, LA)                                                   \
+#define ORBA_PLAIN_KERNEL_2i_1o(t, Name, Op)                                                 \
+  extern "C" void ORBA_KERNEL_NAME(v##t##Name, LA)(                                          \
+      int32_t n, const orba::vm::Type_##t::Element* a, const orba::vm::Type_##t::Element* b, \
+      orba::vm::Type_##t::Element* r) {                                                      \
+    orba::ORBA_CLASS_NAMESPACE::run_plain<orba::ORBA_CLASS_NAMESPACE::Op>(n, a, b, r);       \
+  }                                                                                          \
+  ORBA_SAME_KERNEL(v##t##Name, 2i_1o, t, HA, LA)                                             \
   ORBA_SAME_KERNEL(v##t##Name, 2i_1o, t, EP, LA)

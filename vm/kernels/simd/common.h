@@ -25,10 +25,12 @@ ORBA_INLINE F32 copy_sign(F32 a, F32 s) {
 // on the outside of any range of normal numbers.
 ORBA_INLINE M64 outside(I64 a, uint32_t lo, uint32_t hi) {
   const uint64_t bias = static_cast<uint64_t>(lo ^ 0x80000000u) << 32;
-  return high_above(a - I64(static_cast<int64_t>(bias)), static_cast<int32_t>((hi - lo) ^ 0x80000000u));
+  return high_above(a - I64(static_cast<int64_t>(bias)),
+                    static_cast<int32_t>((hi - lo) ^ 0x80000000u));
 }
 ORBA_INLINE M32 outside(I32 a, uint32_t lo, uint32_t hi) {
-  return (a - I32(static_cast<int32_t>(lo ^ 0x80000000u))) > I32(static_cast<int32_t>((hi - lo) ^ 0x80000000u));
+  return (a - I32(static_cast<int32_t>(lo ^ 0x80000000u))) >
+         I32(static_cast<int32_t>((hi - lo) ^ 0x80000000u));
 }
 
 // Powers of two in hexadecimal constants read best; these build them from an exponent.

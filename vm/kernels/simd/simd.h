@@ -16,9 +16,9 @@
 #define ORBA_INLINE inline __attribute__((always_inline))
 #define ORBA_COLD __attribute__((noinline, cold))
 #if defined(__clang__)
-#define ORBA_UNROLL _Pragma("clang loop unroll(full)")
+#  define ORBA_UNROLL _Pragma("clang loop unroll(full)")
 #else
-#define ORBA_UNROLL _Pragma("GCC unroll 8")
+#  define ORBA_UNROLL _Pragma("GCC unroll 8")
 #endif
 
 namespace orba::ORBA_CLASS_NAMESPACE {
@@ -28,7 +28,7 @@ constexpr int kClass = ORBA_CLASS;
 constexpr bool kFused = kClass >= 3;
 
 template <class To, class From>
-ORBA_INLINE To bit_cast(From from) {
+ORBA_INLINE constexpr To bit_cast(From from) {
   static_assert(sizeof(To) == sizeof(From));
   return __builtin_bit_cast(To, from);
 }
@@ -37,10 +37,10 @@ ORBA_INLINE To bit_cast(From from) {
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
 #if ORBA_CLASS == 5
-#include "vm/kernels/simd/simd_512.h"
+#  include "vm/kernels/simd/simd_512.h"
 #elif ORBA_CLASS == 3
-#include "vm/kernels/simd/simd_256.h"
+#  include "vm/kernels/simd/simd_256.h"
 #else
-#include "vm/kernels/simd/simd_128.h"
+#  include "vm/kernels/simd/simd_128.h"
 #endif
 #include "vm/kernels/simd/common.h"

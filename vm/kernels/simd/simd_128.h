@@ -1,5 +1,5 @@
-// The vocabulary on classes 0 to 2: SSE2, on class 2 SSE4.2, 128-bit vectors, masks as vectors whose
-// lanes count by their top bit, no fused multiply-add.
+// The vocabulary on classes 0 to 2: SSE2, on class 2 SSE4.2, 128-bit vectors, masks as vectors
+// whose lanes count by their top bit, no fused multiply-add.
 #pragma once
 
 namespace orba::ORBA_CLASS_NAMESPACE {
@@ -53,9 +53,7 @@ ORBA_INLINE M64 operator~(M64 a) {
 }
 ORBA_INLINE M32 operator|(M32 a, M32 b) { return {_mm_or_ps(a.v, b.v)}; }
 ORBA_INLINE M32 operator&(M32 a, M32 b) { return {_mm_and_ps(a.v, b.v)}; }
-ORBA_INLINE M32 operator~(M32 a) {
-  return {_mm_xor_ps(a.v, _mm_castsi128_ps(_mm_set1_epi32(-1)))};
-}
+ORBA_INLINE M32 operator~(M32 a) { return {_mm_xor_ps(a.v, _mm_castsi128_ps(_mm_set1_epi32(-1)))}; }
 ORBA_INLINE uint32_t bits(M64 m) { return static_cast<uint32_t>(_mm_movemask_pd(m.v)); }
 ORBA_INLINE uint32_t bits(M32 m) { return static_cast<uint32_t>(_mm_movemask_ps(m.v)); }
 
@@ -138,11 +136,26 @@ ORBA_INLINE I32 operator-(I32 a, I32 b) { return _mm_sub_epi32(a.v, b.v); }
 ORBA_INLINE I32 operator&(I32 a, I32 b) { return _mm_and_si128(a.v, b.v); }
 ORBA_INLINE I32 operator|(I32 a, I32 b) { return _mm_or_si128(a.v, b.v); }
 ORBA_INLINE I32 operator^(I32 a, I32 b) { return _mm_xor_si128(a.v, b.v); }
-template <int k> ORBA_INLINE I64 shl(I64 a) { return _mm_slli_epi64(a.v, k); }
-template <int k> ORBA_INLINE I64 shr(I64 a) { return _mm_srli_epi64(a.v, k); }
-template <int k> ORBA_INLINE I32 shl(I32 a) { return _mm_slli_epi32(a.v, k); }
-template <int k> ORBA_INLINE I32 shr(I32 a) { return _mm_srli_epi32(a.v, k); }
-template <int k> ORBA_INLINE I32 sar(I32 a) { return _mm_srai_epi32(a.v, k); }
+template <int k>
+ORBA_INLINE I64 shl(I64 a) {
+  return _mm_slli_epi64(a.v, k);
+}
+template <int k>
+ORBA_INLINE I64 shr(I64 a) {
+  return _mm_srli_epi64(a.v, k);
+}
+template <int k>
+ORBA_INLINE I32 shl(I32 a) {
+  return _mm_slli_epi32(a.v, k);
+}
+template <int k>
+ORBA_INLINE I32 shr(I32 a) {
+  return _mm_srli_epi32(a.v, k);
+}
+template <int k>
+ORBA_INLINE I32 sar(I32 a) {
+  return _mm_srai_epi32(a.v, k);
+}
 
 // Comparisons. `!=` holds for unordered lanes, as does `not_le`; the others do not.
 ORBA_INLINE M64 operator<(F64 a, F64 b) { return {_mm_cmplt_pd(a.v, b.v)}; }
@@ -159,22 +172,22 @@ ORBA_INLINE M32 operator>=(F32 a, F32 b) { return b <= a; }
 ORBA_INLINE M32 operator==(F32 a, F32 b) { return {_mm_cmpeq_ps(a.v, b.v)}; }
 ORBA_INLINE M32 operator!=(F32 a, F32 b) { return {_mm_cmpneq_ps(a.v, b.v)}; }
 ORBA_INLINE M32 not_le(F32 a, F32 b) { return {_mm_cmpnle_ps(a.v, b.v)}; }
-// The bound is hidden from the optimiser: g++ turns a > constant into a >= constant + 1, which costs a
-// minimum more.
+// The bound is hidden from the optimiser: g++ turns a > constant into a >= constant + 1, which
+// costs a minimum more.
 ORBA_INLINE M32 operator>(I32 a, I32 b) {
   asm("" : "+x"(b.v));
   return {_mm_castsi128_ps(_mm_cmpgt_epi32(a.v, b.v))};
 }
 ORBA_INLINE M64 operator==(I64 a, I64 b) {
   const __m128i equal = _mm_cmpeq_epi32(a.v, b.v);
-  return {_mm_castsi128_pd(_mm_and_si128(equal, _mm_shuffle_epi32(equal, _MM_SHUFFLE(2, 3, 0, 1))))};
+  return {
+      _mm_castsi128_pd(_mm_and_si128(equal, _mm_shuffle_epi32(equal, _MM_SHUFFLE(2, 3, 0, 1))))};
 }
-ORBA_INLINE M32 operator==(I32 a, I32 b) {
-  return {_mm_castsi128_ps(_mm_cmpeq_epi32(a.v, b.v))};
-}
+ORBA_INLINE M32 operator==(I32 a, I32 b) { return {_mm_castsi128_ps(_mm_cmpeq_epi32(a.v, b.v))}; }
 
-// Lanes whose high 32 bits, as signed numbers, are above `limit`. Before SSE4.1 a blend is three bit
-// operations and needs whole lanes; later blends, and `bits`, look at the top bit of a lane alone.
+// Lanes whose high 32 bits, as signed numbers, are above `limit`. Before SSE4.1 a blend is three
+// bit operations and needs whole lanes; later blends, and `bits`, look at the top bit of a lane
+// alone.
 #if ORBA_CLASS >= 2
 ORBA_INLINE M64 high_above(I64 a, int32_t limit) {
   return {_mm_castps_pd((I32(a.v) > I32(limit)).v)};

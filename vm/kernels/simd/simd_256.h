@@ -134,11 +134,26 @@ ORBA_INLINE I32 operator-(I32 a, I32 b) { return _mm256_sub_epi32(a.v, b.v); }
 ORBA_INLINE I32 operator&(I32 a, I32 b) { return _mm256_and_si256(a.v, b.v); }
 ORBA_INLINE I32 operator|(I32 a, I32 b) { return _mm256_or_si256(a.v, b.v); }
 ORBA_INLINE I32 operator^(I32 a, I32 b) { return _mm256_xor_si256(a.v, b.v); }
-template <int k> ORBA_INLINE I64 shl(I64 a) { return _mm256_slli_epi64(a.v, k); }
-template <int k> ORBA_INLINE I64 shr(I64 a) { return _mm256_srli_epi64(a.v, k); }
-template <int k> ORBA_INLINE I32 shl(I32 a) { return _mm256_slli_epi32(a.v, k); }
-template <int k> ORBA_INLINE I32 shr(I32 a) { return _mm256_srli_epi32(a.v, k); }
-template <int k> ORBA_INLINE I32 sar(I32 a) { return _mm256_srai_epi32(a.v, k); }
+template <int k>
+ORBA_INLINE I64 shl(I64 a) {
+  return _mm256_slli_epi64(a.v, k);
+}
+template <int k>
+ORBA_INLINE I64 shr(I64 a) {
+  return _mm256_srli_epi64(a.v, k);
+}
+template <int k>
+ORBA_INLINE I32 shl(I32 a) {
+  return _mm256_slli_epi32(a.v, k);
+}
+template <int k>
+ORBA_INLINE I32 shr(I32 a) {
+  return _mm256_srli_epi32(a.v, k);
+}
+template <int k>
+ORBA_INLINE I32 sar(I32 a) {
+  return _mm256_srai_epi32(a.v, k);
+}
 
 // Comparisons. `!=` holds for unordered lanes, as does `not_le`; the others do not.
 ORBA_INLINE M64 operator<(F64 a, F64 b) { return {_mm256_cmp_pd(a.v, b.v, _CMP_LT_OQ)}; }
@@ -155,8 +170,8 @@ ORBA_INLINE M32 operator>=(F32 a, F32 b) { return b <= a; }
 ORBA_INLINE M32 operator==(F32 a, F32 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_EQ_OQ)}; }
 ORBA_INLINE M32 operator!=(F32 a, F32 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_NEQ_UQ)}; }
 ORBA_INLINE M32 not_le(F32 a, F32 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_NLE_UQ)}; }
-// The bound is hidden from the optimiser: g++ turns a > constant into a >= constant + 1, which costs a
-// minimum more.
+// The bound is hidden from the optimiser: g++ turns a > constant into a >= constant + 1, which
+// costs a minimum more.
 ORBA_INLINE M32 operator>(I32 a, I32 b) {
   asm("" : "+x"(b.v));
   return {_mm256_castsi256_ps(_mm256_cmpgt_epi32(a.v, b.v))};

@@ -55,7 +55,9 @@ ORBA_INLINE uint32_t bits(M64 m) { return m.v; }
 ORBA_INLINE uint32_t bits(M32 m) { return m.v; }
 
 // Memory. `live` lanes from the first on take part, the others read as `fill`.
-ORBA_INLINE __mmask8 first_lanes(F64, int live) { return static_cast<__mmask8>(0xffu >> (8 - live)); }
+ORBA_INLINE __mmask8 first_lanes(F64, int live) {
+  return static_cast<__mmask8>(0xffu >> (8 - live));
+}
 ORBA_INLINE __mmask16 first_lanes(F32, int live) {
   return static_cast<__mmask16>(0xffffu >> (16 - live));
 }
@@ -123,11 +125,26 @@ ORBA_INLINE I32 operator-(I32 a, I32 b) { return _mm512_sub_epi32(a.v, b.v); }
 ORBA_INLINE I32 operator&(I32 a, I32 b) { return _mm512_and_si512(a.v, b.v); }
 ORBA_INLINE I32 operator|(I32 a, I32 b) { return _mm512_or_si512(a.v, b.v); }
 ORBA_INLINE I32 operator^(I32 a, I32 b) { return _mm512_xor_si512(a.v, b.v); }
-template <int k> ORBA_INLINE I64 shl(I64 a) { return _mm512_slli_epi64(a.v, k); }
-template <int k> ORBA_INLINE I64 shr(I64 a) { return _mm512_srli_epi64(a.v, k); }
-template <int k> ORBA_INLINE I32 shl(I32 a) { return _mm512_slli_epi32(a.v, k); }
-template <int k> ORBA_INLINE I32 shr(I32 a) { return _mm512_srli_epi32(a.v, k); }
-template <int k> ORBA_INLINE I32 sar(I32 a) { return _mm512_srai_epi32(a.v, k); }
+template <int k>
+ORBA_INLINE I64 shl(I64 a) {
+  return _mm512_slli_epi64(a.v, k);
+}
+template <int k>
+ORBA_INLINE I64 shr(I64 a) {
+  return _mm512_srli_epi64(a.v, k);
+}
+template <int k>
+ORBA_INLINE I32 shl(I32 a) {
+  return _mm512_slli_epi32(a.v, k);
+}
+template <int k>
+ORBA_INLINE I32 shr(I32 a) {
+  return _mm512_srli_epi32(a.v, k);
+}
+template <int k>
+ORBA_INLINE I32 sar(I32 a) {
+  return _mm512_srai_epi32(a.v, k);
+}
 
 // Comparisons. `!=` holds for unordered lanes, the others do not; `not_in` is the test of a range
 // that NaN fails: true unless lo <= x <= hi.
@@ -151,7 +168,8 @@ ORBA_INLINE M32 operator==(I32 a, I32 b) { return {_mm512_cmpeq_epi32_mask(a.v, 
 
 // Lanes whose high 32 bits, as signed numbers, are above `limit`.
 ORBA_INLINE M64 high_above(I64 a, int32_t limit) {
-  const int64_t bound = static_cast<int64_t>((static_cast<uint64_t>(static_cast<uint32_t>(limit)) << 32) | 0xffffffffu);
+  const int64_t bound = static_cast<int64_t>(
+      (static_cast<uint64_t>(static_cast<uint32_t>(limit)) << 32) | 0xffffffffu);
   return {_mm512_cmpgt_epi64_mask(a.v, _mm512_set1_epi64(bound))};
 }
 
@@ -190,7 +208,8 @@ ORBA_INLINE void interleave(F32 re, F32 im, F32& lo, F32& hi) {
 ORBA_INLINE F64 widen_low(F32 a) { return _mm512_cvtps_pd(_mm512_castps512_ps256(a.v)); }
 ORBA_INLINE F64 widen_high(F32 a) { return _mm512_cvtps_pd(_mm512_extractf32x8_ps(a.v, 1)); }
 ORBA_INLINE F32 narrow(F64 lo, F64 hi) {
-  return _mm512_insertf32x8(_mm512_castps256_ps512(_mm512_cvtpd_ps(lo.v)), _mm512_cvtpd_ps(hi.v), 1);
+  return _mm512_insertf32x8(_mm512_castps256_ps512(_mm512_cvtpd_ps(lo.v)), _mm512_cvtpd_ps(hi.v),
+                            1);
 }
 
 }  // namespace
