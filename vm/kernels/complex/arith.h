@@ -26,20 +26,23 @@ ORBA_INLINE int exponent_of(const Z& z) {
   return exponent_of(x > y ? x : y);
 }
 
-// x * 2^k for |x| < 2^20, rounded once however small the result is.
+// x * 2^k where that is exact, 0 or infinite.
 ORBA_INLINE double scaled(double x, int k) {
-  if (x == 0) return x;
-  if (k > 0) {
-    if (k > 2000) k = 2000;
-    return x * pow2(k / 2) * pow2(k - k / 2);
-  }
-  // The first factor leaves a normal number, so it is exact.
-  int first = -1021 - exponent_of(x);
-  if (first < -1022) first = -1022;
-  if (first > 0) first = 0;
-  if (first < k) first = k;
-  const int second = k - first < -1022 ? -1022 : k - first;
-  return x * pow2(first) * pow2(second);
+  const int third = k / 3;
+  return x * pow2(third) * pow2(third) * pow2(k - 2 * third);
+}
+
+// (x.hi + x.lo) * 2^k, rounded once: a result in the denormal range is rounded to its last place
+// before it is scaled, by adding and taking off a number whose unit is that place.
+ORBA_INLINE double rounded(Pair<double> x, int k) {
+  const double sum = x.hi + x.lo;
+  if (sum == 0) return sum;
+  const int exponent = exponent_of(sum) + k;
+  if (exponent >= -1022 || exponent < -1076) return scaled(sum, k);
+  const double shifter = 1.5 * pow2(52 - 1074 - k);
+  const double head = (x.hi + shifter) - shifter;
+  const double rest = (x.hi - head) + x.lo;
+  return scaled(head + ((rest + shifter) - shifter), k);
 }
 
 // z with the larger part in [1, 2); what underflows in the other part is below 2^-1000 of it.
@@ -50,11 +53,11 @@ ORBA_INLINE Z scaled_down(const Z& z, int k) {
 
 // n / d of pairs, with recip near 1/d.hi: one step on the residual.
 template <class V>
-ORBA_INLINE V quotient(Pair<V> n, Pair<V> d, V recip) {
+ORBA_INLINE Pair<V> quotient(Pair<V> n, Pair<V> d, V recip) {
   const V q = n.hi * recip;
   const Pair<V> back = two_product(q, d.hi);
   const V residual = ((n.hi - back.hi) - back.lo) + (n.lo - q * d.lo);
-  return q + residual * recip;
+  return {q, residual * recip};
 }
 
 // a * b. Finite parts: both factors are brought near 1, each part is a sum of two products in pair
@@ -67,7 +70,7 @@ ORBA_COLD Z multiply(const Z& a, const Z& b) {
     const Z x = scaled_down(a, ka), y = scaled_down(b, kb);
     const Pair<double> re = sum_of_products(x.real, y.real, -x.imag, y.imag);
     const Pair<double> im = sum_of_products(x.real, y.imag, x.imag, y.real);
-    return {scaled(re.hi + re.lo, ka + kb), scaled(im.hi + im.lo, ka + kb)};
+    return {rounded(re, ka + kb), rounded(im, ka + kb)};
   }
   Z x = a, y = b;
   Z r{x.real * y.real - x.imag * y.imag, x.real * y.imag + x.imag * y.real};
@@ -108,9 +111,9 @@ ORBA_COLD Z divide(const Z& a, const Z& b) {
     const Z x = scaled_down(a, ka), y = scaled_down(b, kb);
     const Pair<double> d = sum_of_products(y.real, y.real, y.imag, y.imag);
     const double recip = 1.0 / d.hi;
-    const double re = quotient(sum_of_products(x.real, y.real, x.imag, y.imag), d, recip);
-    const double im = quotient(sum_of_products(x.imag, y.real, -x.real, y.imag), d, recip);
-    return {scaled(re, ka - kb), scaled(im, ka - kb)};
+    const Pair<double> re = quotient(sum_of_products(x.real, y.real, x.imag, y.imag), d, recip);
+    const Pair<double> im = quotient(sum_of_products(x.imag, y.real, -x.real, y.imag), d, recip);
+    return {rounded(re, ka - kb), rounded(im, ka - kb)};
   }
   if (infinite(a) && finite(b)) {
     const double x = __builtin_copysign(is_inf(a.real) ? 1.0 : 0.0, a.real);

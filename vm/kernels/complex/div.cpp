@@ -77,8 +77,9 @@ struct DivPairs : DivBase<KamComplex16> {
     flag = flag | far_from_one(x, pow2(-400), pow2(400)) | far_from_one(y, pow2(-400), pow2(400));
     const Pair<F64> d = sum_of_products(y.re, y.re, y.im, y.im);
     const F64 recip = F64(1) / d.hi;
-    return join(Complex<F64>{quotient(sum_of_products(x.re, y.re, x.im, y.im), d, recip),
-                             quotient(sum_of_products(x.im, y.re, negate(x.re), y.im), d, recip)});
+    const Pair<F64> re = quotient(sum_of_products(x.re, y.re, x.im, y.im), d, recip);
+    const Pair<F64> im = quotient(sum_of_products(x.im, y.re, negate(x.re), y.im), d, recip);
+    return join(Complex<F64>{re.hi + re.lo, im.hi + im.lo});
   }
 };
 

@@ -212,7 +212,8 @@ template <class F>
 ORBA_INLINE void run_function(const F& f, const Arrays<F>& x, int64_t n,
                               FloatEnvironment& environment, const char* name) {
   constexpr int round = F::unroll * eval_size<F>;
-  const int64_t whole = n - n % round;
+  static_assert((round & (round - 1)) == 0);
+  const int64_t whole = n & -int64_t{round};
   if constexpr (!has_flags<F>) {
     packs(f, x, rounds(f, x, 0, whole), n, environment, name);
   } else {

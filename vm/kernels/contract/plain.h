@@ -19,7 +19,7 @@ struct Plain {
   using Flag = NoFlag;
   static constexpr int inputs = Op::inputs;
   static constexpr int outputs = 1;
-  static constexpr int unroll = 4;
+  static constexpr int unroll = 2;
   template <class V>
   ORBA_INLINE static V eval(V a, NoFlag&) {
     return Op::apply(a);
