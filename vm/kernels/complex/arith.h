@@ -33,16 +33,18 @@ ORBA_INLINE double scaled(double x, int k) {
 }
 
 // (x.hi + x.lo) * 2^k, rounded once: a result in the denormal range is rounded to its last place
-// before it is scaled, by adding and taking off a number whose unit is that place.
+// before it is scaled, by adding and taking off a number whose unit is that place. The head has up
+// to 52 places, the rest at most one, of either sign.
 ORBA_INLINE double rounded(Pair<double> x, int k) {
   const double sum = x.hi + x.lo;
   if (sum == 0) return sum;
   const int exponent = exponent_of(sum) + k;
-  if (exponent >= -1022 || exponent < -1076) return scaled(sum, k);
-  const double shifter = 1.5 * pow2(52 - 1074 - k);
-  const double head = (x.hi + shifter) - shifter;
+  if (k > 0 || exponent >= -1022 || exponent < -1076) return scaled(sum, k);
+  const double shifter = pow2(52 - 1074 - k);
+  const double head_shifter = __builtin_copysign(shifter, x.hi);
+  const double head = (x.hi + head_shifter) - head_shifter;
   const double rest = (x.hi - head) + x.lo;
-  return scaled(head + ((rest + shifter) - shifter), k);
+  return scaled(head + ((rest + 1.5 * shifter) - 1.5 * shifter), k);
 }
 
 // z with the larger part in [1, 2); what underflows in the other part is below 2^-1000 of it.
