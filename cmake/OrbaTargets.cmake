@@ -29,7 +29,7 @@ function(orba_add_class_objects prefix)
     target_compile_options(${target} PRIVATE ${ORBA_CLASS_${class}_FLAGS}
       -Wno-unused-function $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>
       $<$<CXX_COMPILER_ID:Clang>:-Wno-unused-const-variable>
-      $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-math-errno>)
+      -falign-loops=32 $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-math-errno>)
   endforeach()
 endfunction()
 
@@ -66,7 +66,10 @@ add_library(orba SHARED ${ORBA_OBJECTS})
 add_dependencies(orba orba_export_map)
 set_target_properties(orba PROPERTIES
   VERSION ${PROJECT_VERSION} SOVERSION 1 LINK_DEPENDS ${ORBA_EXPORT_MAP} LINKER_LANGUAGE CXX)
-target_link_options(orba PRIVATE -Wl,--version-script=${ORBA_EXPORT_MAP} -Wl,-z,defs -Wl,-z,now)
+target_link_options(orba PRIVATE -Wl,--version-script=${ORBA_EXPORT_MAP} -Wl,-z,now)
+if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")  # whose calls the program may have to resolve
+  target_link_options(orba PRIVATE -Wl,-z,defs)
+endif()
 target_include_directories(orba INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_link_libraries(orba PRIVATE ${CMAKE_DL_LIBS} Threads::Threads OpenMP::OpenMP_CXX)

@@ -173,3 +173,25 @@ void vdInvSqrt(int32_t n, const double* a, double* y);
 void vmdInvSqrt(int32_t n, const double* a, double* y, uint32_t mode);
 void vdinvsqrt(const int32_t* n, const double* a, double* y);
 void vmdinvsqrt(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Exponential e^a. KAM_STATUS_OVERFLOW for a finite argument above 709.78 (single precision: 88.72),
+ * KAM_STATUS_UNDERFLOW for a finite one whose result is denormal or zero. */
+void vsExp(int32_t n, const float* a, float* y);
+void vmsExp(int32_t n, const float* a, float* y, uint32_t mode);
+void vsexp(const int32_t* n, const float* a, float* y);
+void vmsexp(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdExp(int32_t n, const double* a, double* y);
+void vmdExp(int32_t n, const double* a, double* y, uint32_t mode);
+void vdexp(const int32_t* n, const double* a, double* y);
+void vmdexp(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* e^a - 1, accurate near zero too; -0 gives -0. KAM_STATUS_OVERFLOW for a finite argument above
+ * 709.78 (single precision: 88.72). */
+void vsExpm1(int32_t n, const float* a, float* y);
+void vmsExpm1(int32_t n, const float* a, float* y, uint32_t mode);
+void vsexpm1(const int32_t* n, const float* a, float* y);
+void vmsexpm1(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdExpm1(int32_t n, const double* a, double* y);
+void vmdExpm1(int32_t n, const double* a, double* y, uint32_t mode);
+void vdexpm1(const int32_t* n, const double* a, double* y);
+void vmdexpm1(const int32_t* n, const double* a, double* y, const uint32_t* mode);

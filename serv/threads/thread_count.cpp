@@ -46,6 +46,7 @@ platform::ProcessorSet usable_processors() noexcept {
 // the loader or the file system is done under the lock.
 void find_out() noexcept {
   const platform::ErrnoKeeper keeper;
+  omp_get_max_threads();  // starts the runtime, which reads the system's files, too
   ThreadWords words;
   words.settings = read_thread_settings(read_environment);
   words.processors = platform::count_processors(usable_processors());

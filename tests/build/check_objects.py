@@ -102,6 +102,7 @@ def check_undefined(groups):
             for mangled, name in names.items():
                 hook = re.fullmatch(r"orba::vm::(\w+)\(.*\)", name)
                 if not (of_class(mangled, group) or mangled in MEMORY_FUNCTIONS | TOOL_CHAIN or
+                        name == "orba::serv::platform::thread_slot" or
                         (hook and hook[1] in hooks)):
                     yield f"{short(item)}: refers to {name}"
 

@@ -21,7 +21,8 @@ inline Outcome run_with(const std::string& settings, const std::string& program_
   std::string command = "env";
   for (const char* name :
        {"ORBA_NUM_THREADS", "ORBA_NUM_STRIPES", "ORBA_DOMAIN_NUM_THREADS", "ORBA_DYNAMIC",
-        "OMP_NUM_THREADS", "OMP_PROC_BIND", "OMP_PLACES", "ORBA_MPI_PPN",
+        "OMP_NUM_THREADS", "OMP_PROC_BIND", "OMP_PLACES", "OMP_DYNAMIC", "OMP_NESTED",
+        "OMP_MAX_ACTIVE_LEVELS", "OMP_THREAD_LIMIT", "ORBA_MPI_PPN",
         "TSL_MPI_NUMBER_OF_MPI_PROCESSES_PER_NODE", "TSL_MPI_PIN_MAPPING",
         "OMPI_COMM_WORLD_LOCAL_SIZE", "MPI_LOCALNRANKS", "TSL_MPI_THREAD_LEVEL"}) {
     command += std::string(" -u ") + name;

@@ -45,8 +45,8 @@ int main() {
   std::printf(
       "// Written by tools/tables/exp_tables.cpp; do not edit.\n#pragma once\n\n"
       "namespace orba::ORBA_CLASS_NAMESPACE {\nnamespace {\n\n");
-  write_table("// 2^(j/64) = head*(1 + tail), the head rounded to the nearest double.", "double", "",
-              "kExp2Rows", 53);
+  write_table("// 2^(j/64) = head*(1 + tail), the head rounded to the nearest double.", "double",
+              "", "kExp2Rows", 53);
   write_table("// The same with the head rounded to the nearest float.", "float", "f",
               "kExp2RowsSingle", 24);
   std::printf("}  // namespace\n}  // namespace orba::ORBA_CLASS_NAMESPACE\n");

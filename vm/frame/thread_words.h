@@ -8,7 +8,7 @@
 
 namespace orba::vm {
 
-// Layout of the per-thread block, in this order.
+// Layout of the per-thread block, in this order. Kernels read the mode at its head by themselves.
 struct KamThreadWords {
   uint32_t mode;  // 0 until the thread's first read of the mode
   int32_t status;

@@ -82,8 +82,10 @@ auto slice_argument(const std::tuple<Args...>& args, int32_t first) noexcept {
 
 template <class... Args>
 void run_slice(const void* call, int32_t first, int32_t count) {
-  const auto& [kernel, args] = *static_cast<const Call<Args...>*>(call);
-  [&]<size_t... i>(std::index_sequence<i...>) { kernel(count, slice_argument<i>(args, first)...); }
+  const auto* whole = static_cast<const Call<Args...>*>(call);
+  [&]<size_t... i>(std::index_sequence<i...>) {
+    whole->kernel(count, slice_argument<i>(whole->args, first)...);
+  }
   (std::index_sequence_for<Args...>{});
 }
 

@@ -23,7 +23,10 @@ class FloatEnvironment {
   }
 
   ORBA_INLINE ~FloatEnvironment() {
-    if (x87_changed_) asm volatile("fldcw %0" : : "m"(x87_control_));
+    if (x87_changed_) {
+      const uint16_t control = x87_control_;
+      asm volatile("fldcw %0" : : "m"(control));
+    }
     if (mxcsr_changed_) set_mxcsr(mxcsr_ | (_mm_getcsr() & 0x3f));
   }
 
@@ -44,7 +47,9 @@ class FloatEnvironment {
   ORBA_INLINE void mask_x87() {
     constexpr uint16_t all_masked = 0x3f;
     x87_looked_at_ = true;
-    asm volatile("fnstcw %0" : "=m"(x87_control_));
+    uint16_t control;  // a local, so that the members can live in registers
+    asm volatile("fnstcw %0" : "=m"(control));
+    x87_control_ = control;
     if ((x87_control_ & all_masked) != all_masked) {
       const uint16_t masked = x87_control_ | all_masked;
       asm volatile("fnclex\n\tfldcw %0" : : "m"(masked));

@@ -24,6 +24,7 @@
 // so a result depends on the value and the mode alone.
 #pragma once
 
+#include "serv/platform/platform.h"
 #include "vm/frame/element_error.h"
 #include "vm/kernels/contract/environment.h"
 #include "vm/kernels/contract/pack.h"
@@ -211,9 +212,8 @@ __attribute__((noinline)) void run_packs(const F& f, const Arrays<F>& x, int64_t
 template <class F>
 ORBA_INLINE void run_function(const F& f, const Arrays<F>& x, int64_t n,
                               FloatEnvironment& environment, const char* name) {
-  constexpr int round = F::unroll * eval_size<F>;
-  static_assert((round & (round - 1)) == 0);
-  const int64_t whole = n & -int64_t{round};
+  constexpr uint32_t round = F::unroll * eval_size<F>;
+  const int64_t whole = n - static_cast<uint32_t>(n) % round;
   if constexpr (!has_flags<F>) {
     packs(f, x, rounds(f, x, 0, whole), n, environment, name);
   } else {
@@ -228,10 +228,18 @@ ORBA_INLINE void run_function(const F& f, const Arrays<F>& x, int64_t n,
   }
 }
 
+// The mode word of this thread, which heads the thread's words: one load off the thread register
+// once they are there and set.
+ORBA_INLINE uint32_t read_mode() {
+  const void* words = serv::platform::thread_slot;
+  const uint32_t mode = words != nullptr ? *static_cast<const uint32_t*>(words) : 0;
+  return mode != 0 ? mode : vm::kernel_mode();
+}
+
 // A whole kernel call.
 template <class F>
 ORBA_INLINE void run_kernel(int32_t n, const Arrays<F>& x, const char* name, const F& f = F{}) {
-  const uint32_t mode = vm::kernel_mode();
+  const uint32_t mode = read_mode();
   FloatEnvironment environment(mode);
   if constexpr (requires { typename F::NoError; }) {
     if ((mode & KAM_ERRMODE_MASK) == KAM_ERRMODE_NOERR) {

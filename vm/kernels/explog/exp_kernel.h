@@ -2,8 +2,8 @@
 //
 //   x = (k/rows)*ln2 + r,  |r| <= ln2/(2*rows),  e^x = 2^(k/rows) * e^r
 //
-// 2^(j/rows), j = k mod rows, comes from a table as head*(1 + tail) (P. T. P. Tang, ACM TOMS 15, 1989).
-// Coefficients and error bounds: tools/coefficients/exp.sollya.
+// 2^(j/rows), j = k mod rows, comes from a table as head*(1 + tail) (P. T. P. Tang, ACM TOMS 15,
+// 1989). Coefficients and error bounds: tools/coefficients/exp.sollya.
 #pragma once
 
 #include "vm/kernels/contract/kernel.h"
@@ -15,9 +15,9 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-// Constants of the reduction. ln2_hi is ln2 rounded, exact in x - kf*ln2_hi by FMA: the difference is
-// a multiple of ln2_hi's last place and below 2^53 (2^24) of them. Without FMA the product has to be
-// exact by itself: ln2_short leaves room for the bits of kf.
+// Constants of the reduction. By FMA x - q*ln2 is exact for the multiple q of 1/rows nearest to
+// x/ln2: it is a multiple of the last place of ln2/rows, and below 2^53 (2^24) of them. Without FMA
+// the product has to be exact by itself: ln2_short leaves room for the bits of q.
 template <class V>
 struct ExpConstants;
 template <>
@@ -44,10 +44,10 @@ struct ExpConstants<F32> {
 };
 
 template <int rows>
-constexpr int log2_rows = rows == 1 ? 0 : rows == 8 ? 3 : rows == 16 ? 4 : 6;
+constexpr int log2_rows = __builtin_ctz(rows);
 
-// Adding k, shifted so that its bits above the row number meet the exponent field, to the head of row
-// j leaves j in the fraction. The table's heads have that taken off beforehand.
+// Adding k, shifted so that its bits above the row number meet the exponent field, to the head of
+// row j leaves j in the fraction. The table's heads have that taken off beforehand.
 ORBA_INLINE constexpr double without_row(double head, int64_t j, int64_t rows) {
   return bit_cast<double>(bit_cast<int64_t>(head) - (j << 52) / rows);
 }
@@ -88,13 +88,19 @@ struct Quotient {
   }
   ORBA_INLINE typename V::Bits bits() const { return as_bits(shifted); }
 
-  // x less value*ln2, as an exact difference from the head of ln2 and the product with its tail.
+  // x less value*ln2: an exact difference from the head of ln2, and the product with its tail.
   ORBA_INLINE Pair<V> remainder(V x) const {
     using C = ExpConstants<V>;
     return {neg_mul_add(value, V(kFused ? C::ln2 : C::ln2_short), x),
             value * V(kFused ? -C::ln2_tail : -C::ln2_short_tail)};
   }
-  // The same in one word: absolute error |x| 2^-53 (2^-24).
+  // The same rounded once.
+  ORBA_INLINE V rounded_remainder(V x) const {
+    using C = ExpConstants<V>;
+    return neg_mul_add(value, V(kFused ? C::ln2_tail : C::ln2_short_tail),
+                       neg_mul_add(value, V(kFused ? C::ln2 : C::ln2_short), x));
+  }
+  // The same with ln2 in one word: absolute error |x| 2^-53 (2^-24).
   ORBA_INLINE V short_remainder(V x) const {
     return neg_mul_add(value, V(ExpConstants<V>::ln2), x);
   }
@@ -117,31 +123,42 @@ struct Quotient {
   }
 };
 
-// Polynomial in r, coefficients from the highest down.
+// Polynomials, coefficients from the highest down: by Horner's rule, and as one in r2 = r*r of
+// linear pieces, which has half the latency and needs no more operations once r2 is there.
 template <class V, class... E>
-ORBA_INLINE V polynomial(V r, typename V::Element highest, E... others) {
+ORBA_INLINE V horner(V r, typename V::Element highest, E... others) {
   V p(highest);
   ((p = mul_add(p, r, V(others))), ...);
   return p;
 }
+template <class V, class... E>
+ORBA_INLINE V in_pairs(V r, V r2, E... from_highest) {
+  constexpr int count = sizeof...(from_highest);
+  const V c[count] = {V(from_highest)...};
+  V p = c[0];
+  if constexpr (count % 2 == 0) p = mul_add(p, r, c[1]);
+  ORBA_UNROLL
+  for (int i = 2 - count % 2; i < count; i += 2) p = mul_add(p, r2, mul_add(c[i], r, c[i + 1]));
+  return p;
+}
 
-// (e^r - 1 - r)/r^2: error of e^r - 1 below 2^-59 of it (class 5: 16 rows), 2^-62 (64 rows); single
+// (e^r - 1 - r)/r^2. Error of e^r - 1: below 2^-59 of it (16 rows) and 2^-62 (64 rows), in single
 // precision 2^-31 and 2^-29.
 template <int rows>
-ORBA_INLINE F64 expm1_series(F64 r) {
+ORBA_INLINE F64 expm1_series(F64 r, F64 r2) {
   if constexpr (rows == 16)
-    return polynomial(r, 0x1.a01a6dac205c1p-13, 0x1.6c1829140c74ap-10, 0x1.11111111521e8p-7,
-                      0x1.55555554a04e9p-5, 0x1.5555555555551p-3, 0x1.0000000000003p-1);
+    return in_pairs(r, r2, 0x1.a01a6dac205c1p-13, 0x1.6c1829140c74ap-10, 0x1.11111111521e8p-7,
+                    0x1.55555554a04e9p-5, 0x1.5555555555551p-3, 0x1.0000000000003p-1);
   else
-    return polynomial(r, 0x1.6c16ceddeebcfp-10, 0x1.1111227f3ff3cp-7, 0x1.55555555553e1p-5,
-                      0x1.5555555554af3p-3, 0.5);
+    return in_pairs(r, r2, 0x1.6c16ceddeebcfp-10, 0x1.1111227f3ff3cp-7, 0x1.55555555553e1p-5,
+                    0x1.5555555554af3p-3, 0.5);
 }
 template <int rows>
-ORBA_INLINE F32 expm1_series(F32 r) {
+ORBA_INLINE F32 expm1_series(F32 r, F32 r2) {
   if constexpr (rows == 16)
-    return polynomial(r, 0x1.555638p-5f, 0x1.555708p-3f, 0.5f);
+    return in_pairs(r, r2, 0x1.555638p-5f, 0x1.555708p-3f, 0.5f);
   else
-    return polynomial(r, 0x1.55555ep-3f, 0x1.00001ep-1f);
+    return in_pairs(r, r2, 0x1.55555ep-3f, 0x1.00001ep-1f);
 }
 
 // The callouts' e^x = 2^n * (head + tail) for moderate x: error below 2^-58 of it.
@@ -175,12 +192,21 @@ ORBA_INLINE double opaque(double x) {
   return x;
 }
 
-constexpr double kExpOverflow = 0x1.62e42fefa39efp9;          // 709.78..., the largest finite e^x
-constexpr double kExpDenormal = -708.3964185322641;           // below: denormal results
-constexpr double kExpLowest = -745.1332191019411;             // below: +0
-constexpr float kExpOverflowSingle = 0x1.62e42ep6f;           // 88.7228317
-constexpr float kExpDenormalSingle = -0x1.5d589ep6f;          // -87.3365402
-constexpr float kExpLowestSingle = -0x1.9fe368p6f;            // -103.972076
+// Above `overflow` e^x is infinite, below `denormal` denormal, below `lowest` zero.
+template <class E>
+struct ExpBounds;
+template <>
+struct ExpBounds<double> {
+  static constexpr double overflow = 709.782712893384;
+  static constexpr double denormal = -708.3964185322641;
+  static constexpr double lowest = -745.1332191019411;
+};
+template <>
+struct ExpBounds<float> {
+  static constexpr float overflow = 88.72283f;
+  static constexpr float denormal = -87.33654f;
+  static constexpr float lowest = -103.97208f;
+};
 
 ORBA_COLD int32_t exp_callout(const double* a, double* r) {
   const double x = *a;
@@ -192,16 +218,16 @@ ORBA_COLD int32_t exp_callout(const double* a, double* r) {
     *r = 1.0 + x;
     return kOk;
   }
-  if (x > kExpOverflow) {
+  if (x > ExpBounds<double>::overflow) {
     *r = opaque(pow2(1023)) * pow2(1023);
     return kOverflow;
   }
-  if (x < kExpLowest) {
+  if (x < ExpBounds<double>::lowest) {
     *r = opaque(pow2(-1022)) * pow2(-1022);
     return kUnderflow;
   }
   const ScaledExp e = scaled_exp(x);
-  if (x >= kExpDenormal) {
+  if (x >= ExpBounds<double>::denormal) {
     *r = times_pow2(e.head + e.tail, e.n);
     return kOk;
   }
@@ -222,17 +248,17 @@ ORBA_COLD int32_t exp_callout(const float* a, float* r) {
     *r = x < 0 ? 0.0f : x * x;
     return kOk;
   }
-  if (x > kExpOverflowSingle) {
+  if (x > ExpBounds<float>::overflow) {
     *r = static_cast<float>(opaque(pow2(200)));
     return kOverflow;
   }
-  if (x < kExpLowestSingle) {
+  if (x < ExpBounds<float>::lowest) {
     *r = static_cast<float>(opaque(pow2(-200)));
     return kUnderflow;
   }
   const ScaledExp e = scaled_exp(static_cast<double>(x));
   *r = static_cast<float>(times_pow2(e.head + e.tail, e.n));
-  return x < kExpDenormalSingle ? kUnderflow : kOk;
+  return x < ExpBounds<float>::denormal ? kUnderflow : kOk;
 }
 
 }  // namespace

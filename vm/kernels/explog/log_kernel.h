@@ -1,4 +1,10 @@
-// Ln and Log10: kernels and callouts for a base.
+// Ln and Log10: kernels and callout for a base.
+//
+//   full   LA and HA: the reduction's full sum
+//   EP     one-word logarithms, shorter polynomials
+//
+// Classes 0 to 2 run single precision in double by the EP polynomial, which is enough for half a
+// unit and 2^-4 of one there.
 #pragma once
 
 #include "vm/kernels/contract/kernel.h"
@@ -8,49 +14,45 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-// log(x * 2^-added) to full accuracy, x normal and below 2^1022 (2^126).
-template <class Base, class V>
-ORBA_INLINE V log_full(V x, V added) {
-  const Reduction<Base, V> reduction(x);
-  return full_sum<Base>(reduction.log(reduction.exponent() + added), reduction.excess(x),
-                        reduction.series());
-}
 template <class Base, class V>
 ORBA_INLINE V log_full(V x) {
-  const Reduction<Base, V> reduction(x);
-  return full_sum<Base>(reduction.log(reduction.exponent()), reduction.excess(x),
-                        reduction.series());
+  const LogReduction<Base, V> reduction(x);
+  return full_sum<Base>(reduction.log(), excess(reduction.c(), significand(x)));
+}
+// log(x * 2^-k)
+template <class Base, class V>
+ORBA_INLINE V log_full(V x, V k) {
+  const LogReduction<Base, V> reduction(x);
+  return full_sum<Base>(reduction.log(k), excess(reduction.c(), significand(x)));
 }
 
-// To half the significand.
 template <class Base, class V>
 ORBA_INLINE V log_ep(V x) {
-  const Reduction<Base, V> reduction(x);
-  const V e = reduction.excess(x);
-  return mul_add(e, horner(e, reduction.series_ep()), reduction.log(reduction.exponent()).hi);
+  const LogReduction<Base, V> reduction(x);
+  return ep_sum<Base>(reduction.rounded_log(), excess(reduction.c(), significand(x)));
 }
+#if ORBA_CLASS < 3
+template <class Base>
+ORBA_INLINE F32 log_in_double(F32 x) {
+  return narrow(log_ep<Base>(widen_low(x)), log_ep<Base>(widen_high(x)));
+}
+#endif
 
+// The complete function: special arguments, or the kernel's computation in one lane.
 template <class Base>
 ORBA_COLD int32_t log_callout(const double* a, double* r) {
   double x = *a;
   if (is_nan_or_inf(x)) {
-    if (x < 0) {
-      *r = x - x;
-      return kErrDom;
-    }
-    *r = x * x;
-    return kOk;
+    *r = x < 0 ? x - x : x * x;
+    return x < 0 ? kErrDom : kOk;
   }
-  double added = 0;
-  if ((bit_cast<uint64_t>(x) & 0x7ff0000000000000) == 0) {
-    added = 60;
+  double k = 0;
+  if (bit_cast<uint64_t>(x) << 1 < uint64_t{0x0020000000000000}) {  // zero or denormal
+    k = 60;
     x *= pow2(60);
-  } else if (x >= pow2(1022)) {
-    added = -60;
-    x *= pow2(-60);
   }
   if (x > 0) {
-    *r = log_full<Base>(F64(x), F64(added)).v[0];
+    *r = log_full<Base>(F64(x), F64(k)).v[0];
     return kOk;
   }
   if (x == 0) {
@@ -65,17 +67,10 @@ template <class Base, class V> struct LogBase;
 template <class Base>
 struct LogBase<Base, F64> {
   static int32_t callout(const double* a, double* r) { return log_callout<Base>(a, r); }
-  // Up to 2^1022 where approximate reciprocals are at work.
-  ORBA_INLINE static M64 special(F64 x) {
-    return outside(as_bits(x), 0x00100000, kClass == 5 ? 0x7fcfffff : 0x7fefffff);
-  }
 };
 template <class Base>
 struct LogBase<Base, F32> {
   static int32_t callout(const float* a, float* r) { return narrowed(log_callout<Base>, a, r); }
-  ORBA_INLINE static M32 special(F32 x) {
-    return outside(as_bits(x), 0x00800000, kClass >= 3 ? 0x7e7fffff : 0x7f7fffff);
-  }
 };
 
 template <class Base, class V, bool full>
@@ -88,7 +83,11 @@ struct LogKernel : LogBase<Base, V> {
   static constexpr int unroll = kClass < 3 ? 2 : 4;
 
   ORBA_INLINE static V eval(V x, Flag& flag) {
-    flag = flag | LogBase<Base, V>::special(x);
+    flag = flag | not_positive_normal(x);
+#if ORBA_CLASS < 3
+    if constexpr (V::lanes == F32::lanes) return log_in_double<Base>(x);
+    else
+#endif
     if constexpr (full)
       return log_full<Base>(x);
     else

@@ -1,12 +1,12 @@
 // Polynomials of the logarithms, coefficients from the lowest degree up, as fitted by
-// tools/coefficients/log_polynomials.sollya, which also tells their errors, relative to the logarithm:
+// tools/coefficients/log.sollya. Name: base, accuracy (the full ones start at e^2, those of EP at
+// e), rows of the table that leaves e. Errors are relative to log(1 + e).
 //
-//                     e^2 ...   error     EP, e ...   error
-//   reciprocals       degree    2^-62     degree 5    2^-31        |e| < 0.0304
-//   the same, float   degree    2^-31     degree 2    2^-12
-//   cells             degree    2^-57     degree 3    2^-29        |e| < 0.003
-//
-// PLACEHOLDER
+//             range of e            full                 EP
+//   16        [-0.0372, 0.0625]     degree 11, 2^-61     degree 5, 2^-28
+//   256       [-0.00276, 0.00391]   degree 6,  2^-57     degree 3, 2^-28
+//   8F        [-0.0625, 0.125]      degree 7,  2^-31     degree 3, 2^-14
+//   16F       [-0.0372, 0.0625]     degree 6,  2^-31     degree 2, 2^-11.4
 #pragma once
 
 #include "vm/kernels/simd/simd.h"
@@ -14,34 +14,42 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-constexpr double kLnReciprocal[] = {
-    -0x1p-1, 0x1.5555555555502p-2, -0x1.ffffffffffeb8p-3, 0x1.9999999b45d3ap-3,
-    -0x1.55555557cd1fep-3, 0x1.249233c7ee4cap-3, -0x1.ffffcc81f56a7p-4, 0x1.c7f35f94ec241p-4,
-    -0x1.9a77f0faa1ce1p-4};
-constexpr double kLog10Reciprocal[] = {
-    -0x1.bcb7b1526e50ep-3, 0x1.287a7636f4316p-3, -0x1.bcb7b1526f431p-4, 0x1.63c627769a22fp-4,
-    -0x1.287a762c22792p-4, 0x1.fc3f80ea316ecp-5, -0x1.bcb8070533acap-5, 0x1.8c08c0c19fec7p-5,
-    -0x1.63a518ac823bcp-5};
-constexpr double kLnReciprocalEp[] = {0x1.0000000007c28p0, -0x1.fffffd030bb75p-2,
-                                      0x1.55554eac1135dp-2, -0x1.0032821cdea58p-2,
-                                      0x1.9a12d8bf81c14p-3};
-constexpr double kLog10ReciprocalEp[] = {0x1.bcb7b1527bcbcp-2, -0x1.bcb7aeba0007ap-3,
-                                         0x1.287a706dc8b9ep-3, -0x1.bd0f6f3a7f359p-4,
-                                         0x1.642f77aea0eap-4};
-constexpr float kLnReciprocalF[] = {-0x1.fffffep-2f, 0x1.55555p-2f, -0x1.002d8p-2f,
-                                    0x1.9a0beep-3f};
-constexpr float kLog10ReciprocalF[] = {-0x1.bcb7aep-3f, 0x1.287a72p-3f, -0x1.bd16cep-4f,
-                                       0x1.64256cp-4f};
-constexpr float kLnReciprocalEpF[] = {0x1.000a1ap0f, -0x1.001e4cp-1f};
-constexpr float kLog10ReciprocalEpF[] = {0x1.bcc93cp-2f, -0x1.bcec56p-3f};
-constexpr double kLnCell[] = {-0x1p-1, 0x1.555555553f69p-2, -0x1.ffffffffd0fdfp-3,
-                              0x1.999a89dd3dcb7p-3, -0x1.555635a0dd482p-3};
-constexpr double kLog10Cell[] = {-0x1.bcb7b1526e50ep-3, 0x1.287a7636e12b3p-3,
-                                 -0x1.bcb7b1526e2dfp-4, 0x1.63c6f825862bbp-4,
-                                 -0x1.287b00dbc10ccp-4};
-constexpr double kLnCellEp[] = {0x1.fffffffff718p-1, -0x1.0000389f965f6p-1, 0x1.5555ec5473766p-2};
-constexpr double kLog10CellEp[] = {0x1.bcb7b15266948p-2, -0x1.bcb813afd86b6p-3,
-                                   0x1.287af95e620f2p-3};
+constexpr double kLnSeries16[] = {
+    -0x1.fffffffffffffp-2, 0x1.5555555555525p-2, -0x1.00000000025b8p-2, 0x1.9999999a2d47dp-3,
+    -0x1.5555552afefcdp-3, 0x1.249244318f417p-3, -0x1.00007c4d52dd9p-3, 0x1.c73f339cee6b5p-4,
+    -0x1.993159ed2a3dcp-4, 0x1.4a88a7423f8eep-4};
+constexpr double kLog10Series16[] = {
+    -0x1.bcb7b1526e50dp-3, 0x1.287a7636f4339p-3, -0x1.bcb7b152731d6p-4, 0x1.63c62775a124ap-4,
+    -0x1.287a760e2ee9ep-4, 0x1.fc3f9d7a7fc5fp-5, -0x1.bcb89c40fd744p-5, 0x1.8b6c8c03dff8ep-5,
+    -0x1.635b464ad7911p-5, 0x1.1e7960e6ec6ccp-5};
+constexpr double kLnSeriesEp16[] = {0x1.ffffffe779cb1p-1, -0x1.fffff933f305dp-2,
+                                    0x1.55594c6b81947p-2, -0x1.0044245ee6dcfp-2,
+                                    0x1.85e04d12e1c94p-3};
+constexpr double kLog10SeriesEp16[] = {0x1.bcb7b13d21228p-2, -0x1.bcb7ab6b0ac7p-3,
+                                       0x1.287de7e85ebeap-3, -0x1.bd2e114c37ecep-4,
+                                       0x1.52a463885b9c5p-4};
+constexpr double kLnSeries256[] = {-0x1.fffffffffff6dp-2, 0x1.5555555542401p-2,
+                                   -0x1.0000005058533p-2, 0x1.999a6df2faf8p-3,
+                                   -0x1.545595536a3e1p-3};
+constexpr double kLog10Series256[] = {-0x1.bcb7b1526e48fp-3, 0x1.287a7636e39d1p-3,
+                                      -0x1.bcb7b1ddc4ba8p-4, 0x1.63c6dffd962f1p-4,
+                                      -0x1.279c8c2863b8ep-4};
+constexpr double kLnSeriesEp256[] = {0x1.00000004e4d2bp0, -0x1.00003d9e7e7ap-1,
+                                     0x1.54e57b62c7b36p-2};
+constexpr double kLog10SeriesEp256[] = {0x1.bcb7b15aeeb14p-2, -0x1.bcb81c5d88a98p-3,
+                                        0x1.28194f158496cp-3};
+constexpr float kLnSeries8F[] = {-0x1p-1f,       0x1.555546p-2f,  -0x1.000074p-2f,
+                                 0x1.99e074p-3f, -0x1.5568b8p-3f, 0x1.f4ee4ep-4f};
+constexpr float kLog10Series8F[] = {-0x1.bcb7b2p-3f, 0x1.287a66p-3f,  -0x1.bcb58cp-4f,
+                                    0x1.640098p-4f,  -0x1.2a2b42p-4f, 0x1.c5124p-5f};
+constexpr float kLnSeriesEp8F[] = {0x1.000282p0f, -0x1.007aaep-1f, 0x1.4079c6p-2f};
+constexpr float kLog10SeriesEp8F[] = {0x1.bcbc0cp-2f, -0x1.bd8cd8p-3f, 0x1.165d4ep-3f};
+constexpr float kLnSeries16F[] = {-0x1p-1f, 0x1.55555p-2f, -0x1.00032ep-2f, 0x1.9a026p-3f,
+                                  -0x1.43c2fap-3f};
+constexpr float kLog10Series16F[] = {-0x1.bcb7bp-3f, 0x1.287a76p-3f, -0x1.bcc702p-4f,
+                                     0x1.642542p-4f, -0x1.129c76p-4f};
+constexpr float kLnSeriesEp16F[] = {0x1.00177ap0f, -0x1.f818dap-2f};
+constexpr float kLog10SeriesEp16F[] = {0x1.bce07cp-2f, -0x1.b5da8ep-3f};
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE

@@ -1,18 +1,22 @@
 // The logarithms' common ground. Argument reduction (P. T. P. Tang, ACM TOMS 16, 1990):
 //
-//   log(x) = -log(c) + log(1 + e),   e = c*x - 1,
+//   x = 2^k * m, 1 <= m < 2,   log(x) = k*log(2) - log(c) + log(1 + e),   e = c*m - 1.
 //
-// c a number of few bits near 1/x, so that e is exact; log(c) comes from a table, as a head of so
-// few bits that its sum with a multiple of log(2) is exact too, and a tail. Around x = 1 head and
-// tail vanish and log(1 + e) alone carries the relative accuracy.
+// The leading bits of m pick a row of a table: c, near 1/m and of so few bits that e is exact, and
+// -log(c) as a head of so few bits that its sum with k times the head of log(2) is exact too, and a
+// tail. In the first and the last row, on both sides of x = 1, all but log(1 + e) vanishes, which
+// gives results near zero their relative accuracy; elsewhere e is at most half of the rest.
 //
-//   ReciprocalReduction   class 5 and, in single precision, class 3: c is the hardware's approximate
-//                         reciprocal rounded to 5 bits; 16 rows, in registers; |e| < 0.0304
-//   CellReduction         double on the others: the upper 8 bits of the significand pick c, of 9
-//                         bits, and its logarithm; 256 rows in memory; |e| < 0.003
+//             rows   where                        e below
+//   double    16     class 5, in registers        1/16
+//             256    the others, in memory        1/256
+//   single    16     class 5, in registers        1/16
+//             8      class 3, in registers        1/8
 //
-// Errors of the full sum: half a unit for the last addition, the polynomial's and those of terms
-// below 2^-5 of the result; together under 0.53 ULP.
+// Classes 0 to 2 compute single precision in double.
+//
+// Error of the full sum: half a unit for the last addition; polynomial, tail and the roundings of
+// terms that are far below the result add less than 0.05.
 #pragma once
 
 #include "vm/kernels/explog/log_polynomials.h"
@@ -22,130 +26,152 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-// What belongs to a base: logarithms of 2 and of e, tables and polynomials. In base 10 the argument
-// of the polynomial has to be scaled, by log10(e).
+// The bases. In base 10 the argument of the polynomial has to be scaled, by log10(e).
 struct Natural {
   static constexpr bool scaled = false;
-  static constexpr auto& cells = kLnCells;
-  static constexpr auto& cell_series = kLnCell;
-  static constexpr auto& cell_series_ep = kLnCellEp;
-  ORBA_INLINE static constexpr const auto& rows(F64) { return kLnOfReciprocal; }
-  ORBA_INLINE static constexpr const auto& rows(F32) { return kLnOfReciprocalF; }
-  ORBA_INLINE static constexpr const auto& series(F64) { return kLnReciprocal; }
-  ORBA_INLINE static constexpr const auto& series(F32) { return kLnReciprocalF; }
-  ORBA_INLINE static constexpr const auto& series_ep(F64) { return kLnReciprocalEp; }
-  ORBA_INLINE static constexpr const auto& series_ep(F32) { return kLnReciprocalEpF; }
-  ORBA_INLINE static Pair<F64> log_2(F64) { return {kLnOf2[0], kLnOf2[1]}; }
-  ORBA_INLINE static Pair<F32> log_2(F32) { return {kLnOf2F[0], kLnOf2F[1]}; }
 };
 struct Decimal {
   static constexpr bool scaled = true;
-  static constexpr auto& cells = kLog10Cells;
-  static constexpr auto& cell_series = kLog10Cell;
-  static constexpr auto& cell_series_ep = kLog10CellEp;
-  ORBA_INLINE static constexpr const auto& rows(F64) { return kLog10OfReciprocal; }
-  ORBA_INLINE static constexpr const auto& rows(F32) { return kLog10OfReciprocalF; }
-  ORBA_INLINE static constexpr const auto& series(F64) { return kLog10Reciprocal; }
-  ORBA_INLINE static constexpr const auto& series(F32) { return kLog10ReciprocalF; }
-  ORBA_INLINE static constexpr const auto& series_ep(F64) { return kLog10ReciprocalEp; }
-  ORBA_INLINE static constexpr const auto& series_ep(F32) { return kLog10ReciprocalEpF; }
-  ORBA_INLINE static Pair<F64> log_2(F64) { return {kLog10Of2[0], kLog10Of2[1]}; }
-  ORBA_INLINE static Pair<F32> log_2(F32) { return {kLog10Of2F[0], kLog10Of2F[1]}; }
-  ORBA_INLINE static Pair<F64> log_e(F64) { return {kLog10OfE[0], kLog10OfE[1]}; }
-  ORBA_INLINE static Pair<F32> log_e(F32) { return {kLog10OfEF[0], kLog10OfEF[1]}; }
 };
 
-// A reduction answers for the argument x of its constructor
-//
-//   excess(x)        e = c*x - 1
-//   scaled(part)     c*part, for a part of the argument that x left out
-//   exponent()       of c
-//   log(exponent)    -log(c), in two words; the caller may have added to the exponent
-//   series()         polynomials of log(1 + e) for the range of e: the full one from degree 2 on,
-//   series_ep()      that of EP from degree 1 on
-
-#if ORBA_CLASS >= 3
-// Normal x below 2^1022 (single: 2^126), whose reciprocals are normal.
+// Tables and polynomials of a base and a type.
 template <class Base, class V>
-class ReciprocalReduction {
- public:
-  ORBA_INLINE explicit ReciprocalReduction(V x) : c_(rounded(approx_recip(x))) {}
-
-  ORBA_INLINE V excess(V x) const { return mul_sub(c_, x, V(1)); }
-  ORBA_INLINE V scaled(V part) const { return c_ * part; }
-  ORBA_INLINE V exponent() const { return ORBA_CLASS_NAMESPACE::exponent(c_); }
-  ORBA_INLINE Pair<V> log(V exponent) const {
-    const Pair<V> row = lookup(Base::rows(V()), shr<index_shift>(as_bits(c_)));
-    const Pair<V> log_2 = Base::log_2(V());
-    return {neg_mul_add(exponent, log_2.hi, row.hi), neg_mul_add(exponent, log_2.lo, row.lo)};
-  }
-  ORBA_INLINE static constexpr const auto& series() { return Base::series(V()); }
-  ORBA_INLINE static constexpr const auto& series_ep() { return Base::series_ep(V()); }
-
- private:
-  static constexpr int index_shift = sizeof(typename V::Element) == 8 ? 48 : 19;
-
-  // To 5 bits.
-  ORBA_INLINE static F64 rounded(F64 y) {
-    constexpr int64_t unit = int64_t{1} << index_shift;
-    return as_float((as_bits(y) + I64(unit / 2)) & I64(-unit));
-  }
-  ORBA_INLINE static F32 rounded(F32 y) {
-    constexpr int32_t unit = int32_t{1} << index_shift;
-    return as_float((as_bits(y) + I32(unit / 2)) & I32(-unit));
-  }
-
-  V c_;
-};
-#endif
-
-// Normal x.
-template <class Base>
-class CellReduction {
- public:
-  ORBA_INLINE explicit CellReduction(F64 x) {
-    constexpr int64_t one = 0x3ff0000000000000, exponent_field = 0x7ff0000000000000;
-    constexpr int index_shift = 44;
-    shifted_ = as_bits(x) + I64(int64_t{1} << (index_shift - 1));
-    scale_ = (shifted_ & I64(exponent_field)) - I64(one);
-    const Pair<F64> row = lookup(Base::cells, shr<index_shift>(shifted_));
-    constexpr int64_t upper_24_bits = static_cast<int64_t>(0xffffff0000000000);
-    c_ = as_bits(row.lo) & I64(upper_24_bits);
-    log_ = {row.hi, as_float(shl<24>(as_bits(row.lo)))};
-  }
-
-  ORBA_INLINE F64 excess(F64 x) const {
-    const F64 m = as_float(as_bits(x) - scale_), c = as_float(c_);
-    if constexpr (kFused) return mul_sub(c, m, F64(1));
-    const F64 m_head = as_float(as_bits(m) & I64(-1024));  // times c it has 52 bits
-    return (c * m_head - 1.0) + c * (m - m_head);
-  }
-  ORBA_INLINE F64 scaled(F64 part) const { return as_float(c_ - scale_) * part; }
-  ORBA_INLINE F64 exponent() const { return negate(ORBA_CLASS_NAMESPACE::exponent(as_float(shifted_))); }
-  ORBA_INLINE Pair<F64> log(F64 exponent) const {
-    const Pair<F64> log_2 = Base::log_2(F64());
-    return {neg_mul_add(exponent, log_2.hi, log_.hi), neg_mul_add(exponent, log_2.lo, log_.lo)};
-  }
-  ORBA_INLINE static constexpr const auto& series() { return Base::cell_series; }
-  ORBA_INLINE static constexpr const auto& series_ep() { return Base::cell_series_ep; }
-
- private:
-  I64 shifted_, scale_, c_;
-  Pair<F64> log_;
-};
+struct LogData;
 
 #if ORBA_CLASS == 5
-template <class Base, class V>
-using Reduction = ReciprocalReduction<Base, V>;
-#elif ORBA_CLASS == 3
-template <class Base, class V> struct ReductionOf { using Type = CellReduction<Base>; };
-template <class Base> struct ReductionOf<Base, F32> { using Type = ReciprocalReduction<Base, F32>; };
-template <class Base, class V>
-using Reduction = typename ReductionOf<Base, V>::Type;
+template <>
+struct LogData<Natural, F64> {
+  static constexpr auto& log_2 = kLnOf2;
+  static constexpr auto& reciprocals = kReciprocals16;
+  static constexpr auto& logs = kLnRows16;
+  static constexpr auto& series = kLnSeries16;
+  static constexpr auto& series_ep = kLnSeriesEp16;
+};
+template <>
+struct LogData<Decimal, F64> {
+  static constexpr auto& log_2 = kLog10Of2;
+  static constexpr auto& log_e = kLog10OfE;
+  static constexpr auto& reciprocals = kReciprocals16;
+  static constexpr auto& logs = kLog10Rows16;
+  static constexpr auto& series = kLog10Series16;
+  static constexpr auto& series_ep = kLog10SeriesEp16;
+};
+template <>
+struct LogData<Natural, F32> {
+  static constexpr auto& log_2 = kLnOf2F;
+  static constexpr auto& reciprocals = kReciprocals16F;
+  static constexpr auto& logs = kLnRows16F;
+  static constexpr auto& series = kLnSeries16F;
+  static constexpr auto& rounded_log_2 = kLnOf2RoundedF;
+  static constexpr auto& rounded_logs = kLnRounded16F;
+  static constexpr auto& series_ep = kLnSeriesEp16F;
+};
+template <>
+struct LogData<Decimal, F32> {
+  static constexpr auto& log_2 = kLog10Of2F;
+  static constexpr auto& log_e = kLog10OfEF;
+  static constexpr auto& reciprocals = kReciprocals16F;
+  static constexpr auto& logs = kLog10Rows16F;
+  static constexpr auto& series = kLog10Series16F;
+  static constexpr auto& rounded_log_2 = kLog10Of2RoundedF;
+  static constexpr auto& rounded_logs = kLog10Rounded16F;
+  static constexpr auto& series_ep = kLog10SeriesEp16F;
+};
 #else
-template <class Base, class V>
-using Reduction = CellReduction<Base>;
+template <>
+struct LogData<Natural, F64> {
+  static constexpr auto& log_2 = kLnOf2;
+  static constexpr auto& logs = kLnRows256;
+  static constexpr auto& series = kLnSeries256;
+  static constexpr auto& series_ep = kLnSeriesEp256;
+};
+template <>
+struct LogData<Decimal, F64> {
+  static constexpr auto& log_2 = kLog10Of2;
+  static constexpr auto& log_e = kLog10OfE;
+  static constexpr auto& logs = kLog10Rows256;
+  static constexpr auto& series = kLog10Series256;
+  static constexpr auto& series_ep = kLog10SeriesEp256;
+};
+template <>
+struct LogData<Natural, F32> {
+  static constexpr auto& log_2 = kLnOf2F;
+  static constexpr auto& reciprocals = kReciprocals8F;
+  static constexpr auto& logs = kLnRows8F;
+  static constexpr auto& series = kLnSeries8F;
+  static constexpr auto& rounded_log_2 = kLnOf2RoundedF;
+  static constexpr auto& rounded_logs = kLnRounded8F;
+  static constexpr auto& series_ep = kLnSeriesEp8F;
+};
+template <>
+struct LogData<Decimal, F32> {
+  static constexpr auto& log_2 = kLog10Of2F;
+  static constexpr auto& log_e = kLog10OfEF;
+  static constexpr auto& reciprocals = kReciprocals8F;
+  static constexpr auto& logs = kLog10Rows8F;
+  static constexpr auto& series = kLog10Series8F;
+  static constexpr auto& rounded_log_2 = kLog10Of2RoundedF;
+  static constexpr auto& rounded_logs = kLog10Rounded8F;
+  static constexpr auto& series_ep = kLog10SeriesEp8F;
+};
 #endif
+
+template <int n, class E>
+constexpr int row_bits(const PairTable<E, n>&) {
+  return __builtin_ctz(n);
+}
+
+// c*x - 1, exact when its bits fit in. Without FMA x is cut so that the product with c does.
+ORBA_INLINE F64 excess(F64 c, F64 x) {
+  if constexpr (kFused) return mul_sub(c, x, F64(1));
+  const F64 head = as_float(as_bits(x) & I64(-1024));
+  return (c * head - 1.0) + c * (x - head);
+}
+ORBA_INLINE F32 excess(F32 c, F32 x) { return mul_sub(c, x, F32(1)); }
+
+// The reduction of a normal x.
+template <class Base, class V>
+class LogReduction {
+ public:
+  using Data = LogData<Base, V>;
+
+  ORBA_INLINE explicit LogReduction(V x) : k_(exponent(x)), index_(shr<shift>(as_bits(x))) {
+    if constexpr (packed) {
+      const Pair<V> row = lookup(Data::logs, index_);
+      constexpr int64_t upper_24_bits = static_cast<int64_t>(0xffffff0000000000);
+      c_ = as_float(as_bits(row.lo) & I64(upper_24_bits));
+      log_ = {row.hi, as_float(shl<24>(as_bits(row.lo)))};
+    } else {
+      c_ = lookup(Data::reciprocals, index_);
+      log_ = lookup(Data::logs, index_);
+    }
+  }
+
+  ORBA_INLINE V c() const { return c_; }
+
+  // (k - shift)*log(2) - log(c), in two words and, for EP, in one.
+  ORBA_INLINE Pair<V> log(V k_shift) const { return log_at(k_ - k_shift); }
+  ORBA_INLINE Pair<V> log() const { return log_at(k_); }
+  ORBA_INLINE V rounded_log() const {
+    if constexpr (wide)
+      return mul_add(k_, V(Data::log_2[0]), log_.hi);
+    else
+      return mul_add(k_, V(Data::rounded_log_2), lookup(Data::rounded_logs, index_));
+  }
+
+ private:
+  static constexpr bool wide = sizeof(typename V::Element) == 8;
+  static constexpr bool packed = wide && kClass != 5;
+  static constexpr int shift = (wide ? 52 : 23) - row_bits(Data::logs);
+
+  ORBA_INLINE Pair<V> log_at(V k) const {
+    return {mul_add(k, V(Data::log_2[0]), log_.hi), mul_add(k, V(Data::log_2[1]), log_.lo)};
+  }
+
+  V k_, c_;
+  typename V::Bits index_;
+  Pair<V> log_;
+};
 
 template <class V, class C, int n>
 ORBA_INLINE V horner(V x, const C (&c)[n]) {
@@ -155,28 +181,47 @@ ORBA_INLINE V horner(V x, const C (&c)[n]) {
   return sum;
 }
 
-// -log(c) + log(1 + e) to full accuracy.
-template <class Base, class V, class C, int n>
-ORBA_INLINE V full_sum(Pair<V> log_c, V e, const C (&series)[n]) {
-  const V q = horner(e, series);
+// The same as two chains in the square z of x, of half the latency.
+template <class V, class C, int n>
+ORBA_INLINE V even_odd(V x, V z, const C (&c)[n]) {
+  V even = c[(n - 1) / 2 * 2], odd = c[(n - 2) / 2 * 2 + 1];
+  ORBA_UNROLL
+  for (int i = (n - 1) / 2 * 2 - 2; i >= 0; i -= 2) even = mul_add(even, z, V(c[i]));
+  ORBA_UNROLL
+  for (int i = (n - 2) / 2 * 2 - 1; i >= 0; i -= 2) odd = mul_add(odd, z, V(c[i]));
+  return mul_add(odd, x, even);
+}
+
+// log + log(1 + e), to full accuracy; |log.hi| >= 2|e| or 0.
+template <class Base, class V>
+ORBA_INLINE V full_sum(Pair<V> log, V e) {
+  using Data = LogData<Base, V>;
+  const V z = e * e;
+  const V q = even_odd(e, z, Data::series);
   V sum, error, tail;
   if constexpr (Base::scaled) {
-    const Pair<V> log_e = Base::log_e(V());
-    tail = mul_add(e, mul_add(e, q, log_e.lo), log_c.lo);
+    const V log_e = Data::log_e[0];
+    tail = mul_add(z, q, mul_add(e, V(Data::log_e[1]), log.lo));
     if constexpr (kFused) {
-      sum = mul_add(e, log_e.hi, log_c.hi);
-      error = mul_add(e, log_e.hi, log_c.hi - sum);
+      sum = mul_add(e, log_e, log.hi);
+      error = mul_add(e, log_e, log.hi - sum);  // the difference is exact, or nearly all of the sum
     } else {
-      const Pair<V> lead = two_product(e, log_e.hi);
-      sum = log_c.hi + lead.hi;
-      error = (lead.hi - (sum - log_c.hi)) + lead.lo;
+      const Pair<V> lead = two_product(e, log_e);
+      sum = log.hi + lead.hi;
+      error = (lead.hi - (sum - log.hi)) + lead.lo;
     }
   } else {
-    tail = mul_add(e, e * q, log_c.lo);
-    sum = log_c.hi + e;
-    error = e - (sum - log_c.hi);
+    tail = mul_add(z, q, log.lo);
+    sum = log.hi + e;
+    error = e - (sum - log.hi);
   }
   return sum + (error + tail);
+}
+
+// To half the significand.
+template <class Base, class V>
+ORBA_INLINE V ep_sum(V log, V e) {
+  return mul_add(e, horner(e, LogData<Base, V>::series_ep), log);
 }
 
 }  // namespace

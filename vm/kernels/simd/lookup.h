@@ -6,9 +6,9 @@
 // With a power of two of rows the index counts modulo that number, so the bits of a shifted sum
 // serve as they are; with any other number of rows the index has to lie in the table.
 //
-// Small tables live in registers: on class 5 up to 32 rows of either type, on class 3 up to 4 rows
-// of double and 16 rows of float. Others are read from memory, by scalar loads where a gather
-// instruction is no faster (classes 0 to 3); a pair then costs little more than a single number.
+// Small tables live in registers: on class 5 up to 32 rows, on class 3 up to 16 rows of floats.
+// Others are read from memory, on classes 0 to 3 by scalar loads: no slower than a gather
+// instruction, and a pair then costs little more than a single number.
 #pragma once
 
 #include "vm/kernels/simd/pair_arithmetic.h"
@@ -20,7 +20,7 @@ namespace {
 template <class E, int rows>
 struct Table {
   static constexpr bool in_registers =
-      kClass == 5 ? rows <= 32 : kClass == 3 && rows <= (sizeof(E) == 8 ? 4 : 16);
+      kClass == 5 ? rows <= 32 : kClass == 3 && sizeof(E) == 4 && rows <= 16;
   static constexpr bool wraps = (rows & (rows - 1)) == 0;
   alignas(64) E row[rows];
 };
@@ -82,18 +82,6 @@ ORBA_INLINE auto lookup_pairs(const E* row, I index) {
 #  if ORBA_CLASS == 3
 
 template <int rows>
-ORBA_INLINE F64 lookup_in_registers(const double* row, I64 index) {
-  static_assert(rows == 2 || rows == 4);
-  // The select bit of vpermilpd is bit 1, that of a blend the sign.
-  const __m256i bit = _mm256_slli_epi64(index.v, 1);
-  const __m256d low =
-      _mm256_permutevar_pd(_mm256_broadcast_pd(reinterpret_cast<const __m128d*>(row)), bit);
-  if constexpr (rows == 2) return low;
-  const __m256d high =
-      _mm256_permutevar_pd(_mm256_broadcast_pd(reinterpret_cast<const __m128d*>(row + 2)), bit);
-  return _mm256_blendv_pd(low, high, _mm256_castsi256_pd(_mm256_slli_epi64(index.v, 62)));
-}
-template <int rows>
 ORBA_INLINE F32 lookup_in_registers(const float* row, I32 index) {
   static_assert(rows == 8 || rows == 16);
   const __m256 low = _mm256_permutevar8x32_ps(_mm256_load_ps(row), index.v);
@@ -101,13 +89,6 @@ ORBA_INLINE F32 lookup_in_registers(const float* row, I32 index) {
   const __m256 high = _mm256_permutevar8x32_ps(_mm256_load_ps(row + 8), index.v);
   return _mm256_blendv_ps(low, high, _mm256_castsi256_ps(_mm256_slli_epi32(index.v, 28)));
 }
-
-#  else
-
-template <int rows>
-F64 lookup_in_registers(const double*, I64);  // no such tables
-template <int rows>
-F32 lookup_in_registers(const float*, I32);
 
 #  endif
 
