@@ -77,10 +77,13 @@ ORBA_INLINE auto load_for(const typename F::In* p, int live) {
 template <class F, class... Live>
 ORBA_INLINE auto eval_pack(const F& f, const Arrays<F>& x, int64_t i, typename F::Flag& flag,
                            Live... live) {
-  if constexpr (F::inputs == 2)
-    return f.eval(load_for<F>(x.a + i, live...), load_for<F>(x.b + i, live...), flag);
-  else
-    return f.eval(load_for<F>(x.a + i, live...), flag);
+  const auto a = load_for<F>(x.a + i, live...);
+  if constexpr (F::inputs == 2) {
+    const auto b = load_for<F>(x.b + i, live...);
+    return f.eval(a, b, flag);
+  } else {
+    return f.eval(a, flag);
+  }
 }
 
 template <class F, class Y, class... Live>

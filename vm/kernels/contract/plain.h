@@ -19,8 +19,7 @@ struct Plain {
   using Flag = NoFlag;
   static constexpr int inputs = Op::inputs;
   static constexpr int outputs = 1;
-  // Loads and stores bound the loop.
-  static constexpr int unroll = kClass == 5 ? 1 : 4;
+  static constexpr int unroll = 4;
   template <class V>
   ORBA_INLINE static V eval(V a, NoFlag&) {
     return Op::apply(a);
