@@ -195,3 +195,36 @@ void vdExpm1(int32_t n, const double* a, double* y);
 void vmdExpm1(int32_t n, const double* a, double* y, uint32_t mode);
 void vdexpm1(const int32_t* n, const double* a, double* y);
 void vmdexpm1(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Natural logarithm. Domain a > 0, KAM_STATUS_ERRDOM below; KAM_STATUS_SING at both zeros, with
+ * -infinity. */
+void vsLn(int32_t n, const float* a, float* y);
+void vmsLn(int32_t n, const float* a, float* y, uint32_t mode);
+void vsln(const int32_t* n, const float* a, float* y);
+void vmsln(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdLn(int32_t n, const double* a, double* y);
+void vmdLn(int32_t n, const double* a, double* y, uint32_t mode);
+void vdln(const int32_t* n, const double* a, double* y);
+void vmdln(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Decimal logarithm. Domain a > 0, KAM_STATUS_ERRDOM below; KAM_STATUS_SING at both zeros, with
+ * -infinity. Powers of ten give exact results at HA. */
+void vsLog10(int32_t n, const float* a, float* y);
+void vmsLog10(int32_t n, const float* a, float* y, uint32_t mode);
+void vslog10(const int32_t* n, const float* a, float* y);
+void vmslog10(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdLog10(int32_t n, const double* a, double* y);
+void vmdLog10(int32_t n, const double* a, double* y, uint32_t mode);
+void vdlog10(const int32_t* n, const double* a, double* y);
+void vmdlog10(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* ln(1 + a), accurate near zero too; -0 gives -0. Domain a > -1, KAM_STATUS_ERRDOM below;
+ * KAM_STATUS_SING at -1, with -infinity. */
+void vsLog1p(int32_t n, const float* a, float* y);
+void vmsLog1p(int32_t n, const float* a, float* y, uint32_t mode);
+void vslog1p(const int32_t* n, const float* a, float* y);
+void vmslog1p(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdLog1p(int32_t n, const double* a, double* y);
+void vmdLog1p(int32_t n, const double* a, double* y, uint32_t mode);
+void vdlog1p(const int32_t* n, const double* a, double* y);
+void vmdlog1p(const int32_t* n, const double* a, double* y, const uint32_t* mode);

@@ -42,16 +42,21 @@ platform::ProcessorSet usable_processors() noexcept {
   return processors;
 }
 
-// Threads that meet here each do the work, and one of them publishes it: nothing that may wait for
-// the loader or the file system is done under the lock.
-void find_out() noexcept {
-  const platform::ErrnoKeeper keeper;
-  omp_get_max_threads();  // starts the runtime, which reads the system's files, too
+// A function of its own: compilers know the runtime's queries and move them to a function's entry,
+// where they would come before errno is saved.
+[[gnu::noinline]] ThreadWords gather_words() noexcept {
   ThreadWords words;
   words.settings = read_thread_settings(read_environment);
   words.processors = platform::count_processors(usable_processors());
   words.factor = balance_factor(words.processors);
+  return words;
+}
 
+// Threads that meet here each do the work, and one of them publishes it: nothing that may wait for
+// the loader or the file system is done under the lock.
+void find_out() noexcept {
+  const platform::ErrnoKeeper keeper;
+  const ThreadWords words = gather_words();
   SpinGuard guard(lock);
   if (!unknown.load(std::memory_order_relaxed)) return;
   known = words;

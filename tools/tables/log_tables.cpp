@@ -67,7 +67,8 @@ void write_lead(const char* name) {
   const double wide = mpfr_get_d(v.get(), MPFR_RNDN);
   const float narrow = mpfr_get_flt(v.get(), MPFR_RNDN);
   mpfr_sub_d(rest.get(), v.get(), wide, MPFR_RNDN);
-  std::printf("constexpr double k%s[2] = {%a, %a};\n", name, wide, mpfr_get_d(rest.get(), MPFR_RNDN));
+  std::printf("constexpr double k%s[2] = {%a, %a};\n", name, wide,
+              mpfr_get_d(rest.get(), MPFR_RNDN));
   mpfr_sub_d(rest.get(), v.get(), narrow, MPFR_RNDN);
   std::printf("constexpr float k%sF[2] = {%af, %af};\n", name, narrow,
               mpfr_get_flt(rest.get(), MPFR_RNDN));
@@ -157,7 +158,8 @@ int main() {
       "// Written by tools/tables/log_tables.cpp; do not edit.\n#pragma once\n\n"
       "#include \"vm/kernels/simd/lookup.h\"\n\n"
       "namespace orba::ORBA_CLASS_NAMESPACE {\nnamespace {\n\n"
-      "// Logarithms of 2 in two words: hi a multiple of 2^-%d (float: 2^-%d), lo the rest to %d bits;\n"
+      "// Logarithms of 2 in two words: hi a multiple of 2^-%d (float: 2^-%d), lo the rest to %d "
+      "bits;\n"
       "// and rounded to float once.\n",
       kQuantum64, kQuantum32, kTailBits);
   write_exponent("Ln", mpfr_log);
@@ -165,7 +167,8 @@ int main() {
   std::printf("\n// log10(e) in two words: rounded, and the rest.\n");
   write_lead("Log10OfE");
   std::printf(
-      "\n// Tables of rows of [1, 2): c near 1/m for m in a row, and -log(c) in two words as above;\n"
+      "\n// Tables of rows of [1, 2): c near 1/m for m in a row, and -log(c) in two words as "
+      "above;\n"
       "// e = c*m - 1.\n");
 
   write_reciprocals("kReciprocals16", 16, "double", "");
@@ -186,7 +189,8 @@ int main() {
 
   write_reciprocals(nullptr, 256, "double", "");
   std::printf(
-      "// The first number of a row is the hi word, the second one holds c in its upper 24 bits and\n"
+      "// The first number of a row is the hi word, the second one holds c in its upper 24 bits "
+      "and\n"
       "// the upper 40 bits of the lo word below.\n");
   write_cells("kLnRows256", mpfr_log);
   write_cells("kLog10Rows256", mpfr_log10);

@@ -1,10 +1,12 @@
 // Ln and Log10: kernels and callout for a base.
 //
-//   full   LA and HA: the reduction's full sum
-//   EP     one-word logarithms, shorter polynomials
+// class      0, 1, 2                        3, 5
+// HA         compensated sum                compensated sum
+// LA         as HA                          plain sum
+// EP         one word, short polynomial     the same
 //
-// Classes 0 to 2 run single precision in double by the EP polynomial, which is enough for half a
-// unit and 2^-4 of one there.
+// Single precision on classes 0 to 2: the EP computation in double at all accuracies, for half a
+// unit and 2^-4 of one.
 #pragma once
 
 #include "vm/kernels/contract/kernel.h"
@@ -14,45 +16,35 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-template <class Base, class V>
-ORBA_INLINE V log_full(V x) {
-  const LogReduction<Base, V> reduction(x);
-  return full_sum<Base>(reduction.log(), excess(reduction.c(), significand(x)));
-}
-// log(x * 2^-k)
-template <class Base, class V>
-ORBA_INLINE V log_full(V x, V k) {
-  const LogReduction<Base, V> reduction(x);
-  return full_sum<Base>(reduction.log(k), excess(reduction.c(), significand(x)));
+template <class Data, Accuracy accuracy, class V>
+ORBA_INLINE V log_of(V x) {
+  const LogReduction<Data, V> reduction(x);
+  const V e = excess(reduction.c(), significand(x));
+  if constexpr (accuracy == kEp)
+    return log_sum_ep<Data>(reduction.rounded_log(), e);
+  else
+    return log_sum<Data, accuracy>(reduction.log(), e);
 }
 
-template <class Base, class V>
-ORBA_INLINE V log_ep(V x) {
-  const LogReduction<Base, V> reduction(x);
-  return ep_sum<Base>(reduction.rounded_log(), excess(reduction.c(), significand(x)));
-}
-#if ORBA_CLASS < 3
-template <class Base>
-ORBA_INLINE F32 log_in_double(F32 x) {
-  return narrow(log_ep<Base>(widen_low(x)), log_ep<Base>(widen_high(x)));
-}
-#endif
+ORBA_INLINE double first_lane(F64 x) { return x.v[0]; }
 
-// The complete function: special arguments, or the kernel's computation in one lane.
-template <class Base>
+// The complete function: special arguments, else full accuracy in one lane.
+template <class Data>
 ORBA_COLD int32_t log_callout(const double* a, double* r) {
   double x = *a;
   if (is_nan_or_inf(x)) {
     *r = x < 0 ? x - x : x * x;
     return x < 0 ? kErrDom : kOk;
   }
-  double k = 0;
+  double k_correction = 0;
   if (bit_cast<uint64_t>(x) << 1 < uint64_t{0x0020000000000000}) {  // zero or denormal
-    k = 60;
     x *= pow2(60);
+    k_correction = -60;
   }
   if (x > 0) {
-    *r = log_full<Base>(F64(x), F64(k)).v[0];
+    const LogReduction<Data, F64> reduction(x);
+    const F64 e = excess(reduction.c(), significand(F64(x)));
+    *r = first_lane(log_sum<Data, kHa>(reduction.log(k_correction), e));
     return kOk;
   }
   if (x == 0) {
@@ -63,35 +55,35 @@ ORBA_COLD int32_t log_callout(const double* a, double* r) {
   return kErrDom;
 }
 
-template <class Base, class V> struct LogBase;
-template <class Base>
-struct LogBase<Base, F64> {
-  static int32_t callout(const double* a, double* r) { return log_callout<Base>(a, r); }
+// Callouts by type.
+template <class Data, class V>
+struct LogCallout;
+template <class Data>
+struct LogCallout<Data, F64> {
+  static int32_t callout(const double* a, double* r) { return log_callout<Data>(a, r); }
 };
-template <class Base>
-struct LogBase<Base, F32> {
-  static int32_t callout(const float* a, float* r) { return narrowed(log_callout<Base>, a, r); }
+template <class Data>
+struct LogCallout<Data, F32> {
+  static int32_t callout(const float* a, float* r) { return narrowed(log_callout<Data>, a, r); }
 };
 
-template <class Base, class V, bool full>
-struct LogKernel : LogBase<Base, V> {
+template <class Base, class V, Accuracy accuracy>
+struct LogKernel : LogCallout<typename Base::CalloutData, V> {
   using In = typename V::Element;
   using Out = In;
   using Flag = typename V::Mask;
   static constexpr int inputs = 1;
   static constexpr int outputs = 1;
-  static constexpr int unroll = kClass < 3 ? 2 : 4;
+  static constexpr int unroll = 2;
 
   ORBA_INLINE static V eval(V x, Flag& flag) {
     flag = flag | not_positive_normal(x);
-#if ORBA_CLASS < 3
-    if constexpr (V::lanes == F32::lanes) return log_in_double<Base>(x);
-    else
-#endif
-    if constexpr (full)
-      return log_full<Base>(x);
-    else
-      return log_ep<Base>(x);
+    if constexpr (kClass < 3 && sizeof(In) == 4) {
+      using Data = typename Base::template Data<F64>;
+      return narrow(log_of<Data, kEp>(widen_low(x)), log_of<Data, kEp>(widen_high(x)));
+    } else {
+      return log_of<typename Base::template Data<V>, accuracy>(x);
+    }
   }
 };
 

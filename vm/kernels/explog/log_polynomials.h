@@ -4,7 +4,7 @@
 //
 //             range of e            full                 EP
 //   16        [-0.0372, 0.0625]     degree 11, 2^-61     degree 5, 2^-28
-//   256       [-0.00276, 0.00391]   degree 6,  2^-57     degree 3, 2^-28
+//   256       [-0.00276, 0.00391]   degree 7,  2^-65     degree 3, 2^-28
 //   8F        [-0.0625, 0.125]      degree 7,  2^-31     degree 3, 2^-14
 //   16F       [-0.0372, 0.0625]     degree 6,  2^-31     degree 2, 2^-11.4
 #pragma once
@@ -28,12 +28,15 @@ constexpr double kLnSeriesEp16[] = {0x1.ffffffe779cb1p-1, -0x1.fffff933f305dp-2,
 constexpr double kLog10SeriesEp16[] = {0x1.bcb7b13d21228p-2, -0x1.bcb7ab6b0ac7p-3,
                                        0x1.287de7e85ebeap-3, -0x1.bd2e114c37ecep-4,
                                        0x1.52a463885b9c5p-4};
-constexpr double kLnSeries256[] = {-0x1.fffffffffff6dp-2, 0x1.5555555542401p-2,
-                                   -0x1.0000005058533p-2, 0x1.999a6df2faf8p-3,
-                                   -0x1.545595536a3e1p-3};
-constexpr double kLog10Series256[] = {-0x1.bcb7b1526e48fp-3, 0x1.287a7636e39d1p-3,
-                                      -0x1.bcb7b1ddc4ba8p-4, 0x1.63c6dffd962f1p-4,
-                                      -0x1.279c8c2863b8ep-4};
+constexpr double kLnSeries256[] = {-0x1p-1,
+                                   0x1.5555555555446p-2,
+                                   -0x1.ffffffffe275dp-3,
+                                   0x1.99999a6644dfep-3,
+                                   -0x1.555607b3f1c75p-3,
+                                   0x1.237eadc1b4d01p-3};
+constexpr double kLog10Series256[] = {-0x1.bcb7b1526e50ep-3, 0x1.287a7636f4249p-3,
+                                      -0x1.bcb7b1527ac88p-4, 0x1.63c62847521c2p-4,
+                                      -0x1.287addc0c8d59p-4, 0x1.fa02e455c2b7fp-5};
 constexpr double kLnSeriesEp256[] = {0x1.00000004e4d2bp0, -0x1.00003d9e7e7ap-1,
                                      0x1.54e57b62c7b36p-2};
 constexpr double kLog10SeriesEp256[] = {0x1.bcb7b15aeeb14p-2, -0x1.bcb81c5d88a98p-3,

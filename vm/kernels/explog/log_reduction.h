@@ -7,16 +7,13 @@
 // tail. In the first and the last row, on both sides of x = 1, all but log(1 + e) vanishes, which
 // gives results near zero their relative accuracy; elsewhere e is at most half of the rest.
 //
-//             rows   where                        e below
-//   double    16     class 5, in registers        1/16
-//             256    the others, in memory        1/256
-//   single    16     class 5, in registers        1/16
-//             8      class 3, in registers        1/8
+//             rows   where                                          e below
+//   double    16     class 5, in registers                          1/16
+//             256    the others and the callouts, in memory         1/256
+//   single    16     class 5, in registers                          1/16
+//             8      class 3, in registers                          1/8
 //
 // Classes 0 to 2 compute single precision in double.
-//
-// Error of the full sum: half a unit for the last addition; polynomial, tail and the roundings of
-// terms that are far below the result add less than 0.05.
 #pragma once
 
 #include "vm/kernels/explog/log_polynomials.h"
@@ -26,29 +23,32 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-// The bases. In base 10 the argument of the polynomial has to be scaled, by log10(e).
-struct Natural {
-  static constexpr bool scaled = false;
-};
-struct Decimal {
-  static constexpr bool scaled = true;
-};
+enum Accuracy { kEp, kLa, kHa };
 
-// Tables and polynomials of a base and a type.
-template <class Base, class V>
-struct LogData;
-
+// Tables and polynomials of a base. Where there are no reciprocals, they are packed into the rows.
+// In base 10 the argument of the polynomial has to be scaled, by log10(e).
+struct Natural256 {
+  static constexpr auto& log_2 = kLnOf2;
+  static constexpr auto& logs = kLnRows256;
+  static constexpr auto& series = kLnSeries256;
+  static constexpr auto& series_ep = kLnSeriesEp256;
+};
+struct Decimal256 {
+  static constexpr auto& log_2 = kLog10Of2;
+  static constexpr auto& log_e = kLog10OfE;
+  static constexpr auto& logs = kLog10Rows256;
+  static constexpr auto& series = kLog10Series256;
+  static constexpr auto& series_ep = kLog10SeriesEp256;
+};
 #if ORBA_CLASS == 5
-template <>
-struct LogData<Natural, F64> {
+struct Natural16 {
   static constexpr auto& log_2 = kLnOf2;
   static constexpr auto& reciprocals = kReciprocals16;
   static constexpr auto& logs = kLnRows16;
   static constexpr auto& series = kLnSeries16;
   static constexpr auto& series_ep = kLnSeriesEp16;
 };
-template <>
-struct LogData<Decimal, F64> {
+struct Decimal16 {
   static constexpr auto& log_2 = kLog10Of2;
   static constexpr auto& log_e = kLog10OfE;
   static constexpr auto& reciprocals = kReciprocals16;
@@ -56,8 +56,11 @@ struct LogData<Decimal, F64> {
   static constexpr auto& series = kLog10Series16;
   static constexpr auto& series_ep = kLog10SeriesEp16;
 };
-template <>
-struct LogData<Natural, F32> {
+#endif
+
+// The hi words of singles are too short for EP, which has logarithms rounded to one word.
+#if ORBA_CLASS == 5
+struct NaturalSingle {
   static constexpr auto& log_2 = kLnOf2F;
   static constexpr auto& reciprocals = kReciprocals16F;
   static constexpr auto& logs = kLnRows16F;
@@ -66,8 +69,7 @@ struct LogData<Natural, F32> {
   static constexpr auto& rounded_logs = kLnRounded16F;
   static constexpr auto& series_ep = kLnSeriesEp16F;
 };
-template <>
-struct LogData<Decimal, F32> {
+struct DecimalSingle {
   static constexpr auto& log_2 = kLog10Of2F;
   static constexpr auto& log_e = kLog10OfEF;
   static constexpr auto& reciprocals = kReciprocals16F;
@@ -78,23 +80,7 @@ struct LogData<Decimal, F32> {
   static constexpr auto& series_ep = kLog10SeriesEp16F;
 };
 #else
-template <>
-struct LogData<Natural, F64> {
-  static constexpr auto& log_2 = kLnOf2;
-  static constexpr auto& logs = kLnRows256;
-  static constexpr auto& series = kLnSeries256;
-  static constexpr auto& series_ep = kLnSeriesEp256;
-};
-template <>
-struct LogData<Decimal, F64> {
-  static constexpr auto& log_2 = kLog10Of2;
-  static constexpr auto& log_e = kLog10OfE;
-  static constexpr auto& logs = kLog10Rows256;
-  static constexpr auto& series = kLog10Series256;
-  static constexpr auto& series_ep = kLog10SeriesEp256;
-};
-template <>
-struct LogData<Natural, F32> {
+struct NaturalSingle {
   static constexpr auto& log_2 = kLnOf2F;
   static constexpr auto& reciprocals = kReciprocals8F;
   static constexpr auto& logs = kLnRows8F;
@@ -103,8 +89,7 @@ struct LogData<Natural, F32> {
   static constexpr auto& rounded_logs = kLnRounded8F;
   static constexpr auto& series_ep = kLnSeriesEp8F;
 };
-template <>
-struct LogData<Decimal, F32> {
+struct DecimalSingle {
   static constexpr auto& log_2 = kLog10Of2F;
   static constexpr auto& log_e = kLog10OfEF;
   static constexpr auto& reciprocals = kReciprocals8F;
@@ -116,12 +101,42 @@ struct LogData<Decimal, F32> {
 };
 #endif
 
-template <int n, class E>
-constexpr int row_bits(const PairTable<E, n>&) {
-  return __builtin_ctz(n);
+// The bases: data of the kernels of a type, and of the callouts.
+template <class Double, class Single, class V>
+struct DataOfType {
+  using Type = Double;
+};
+template <class Double, class Single>
+struct DataOfType<Double, Single, F32> {
+  using Type = Single;
+};
+struct Natural {
+  using CalloutData = Natural256;
+#if ORBA_CLASS == 5
+  template <class V>
+  using Data = typename DataOfType<Natural16, NaturalSingle, V>::Type;
+#else
+  template <class V>
+  using Data = typename DataOfType<Natural256, NaturalSingle, V>::Type;
+#endif
+};
+struct Decimal {
+  using CalloutData = Decimal256;
+#if ORBA_CLASS == 5
+  template <class V>
+  using Data = typename DataOfType<Decimal16, DecimalSingle, V>::Type;
+#else
+  template <class V>
+  using Data = typename DataOfType<Decimal256, DecimalSingle, V>::Type;
+#endif
+};
+
+template <class E, int rows>
+constexpr int row_bits(const PairTable<E, rows>&) {
+  return __builtin_ctz(rows);
 }
 
-// c*x - 1, exact when its bits fit in. Without FMA x is cut so that the product with c does.
+// c*x - 1, exact where it fits. Without FMA x is cut so that the product with c is exact.
 ORBA_INLINE F64 excess(F64 c, F64 x) {
   if constexpr (kFused) return mul_sub(c, x, F64(1));
   const F64 head = as_float(as_bits(x) & I64(-1024));
@@ -130,15 +145,13 @@ ORBA_INLINE F64 excess(F64 c, F64 x) {
 ORBA_INLINE F32 excess(F32 c, F32 x) { return mul_sub(c, x, F32(1)); }
 
 // The reduction of a normal x.
-template <class Base, class V>
+template <class Data, class V>
 class LogReduction {
  public:
-  using Data = LogData<Base, V>;
-
   ORBA_INLINE explicit LogReduction(V x) : k_(exponent(x)), index_(shr<shift>(as_bits(x))) {
     if constexpr (packed) {
-      const Pair<V> row = lookup(Data::logs, index_);
       constexpr int64_t upper_24_bits = static_cast<int64_t>(0xffffff0000000000);
+      const Pair<V> row = lookup(Data::logs, index_);
       c_ = as_float(as_bits(row.lo) & I64(upper_24_bits));
       log_ = {row.hi, as_float(shl<24>(as_bits(row.lo)))};
     } else {
@@ -149,23 +162,25 @@ class LogReduction {
 
   ORBA_INLINE V c() const { return c_; }
 
-  // (k - shift)*log(2) - log(c), in two words and, for EP, in one.
-  ORBA_INLINE Pair<V> log(V k_shift) const { return log_at(k_ - k_shift); }
+  // k*log(2) - log(c), for a double also with a correction of k, in two words; for EP in one.
   ORBA_INLINE Pair<V> log() const { return log_at(k_); }
+  ORBA_INLINE Pair<V> log(double k_correction) const { return log_at(k_ + V(k_correction)); }
   ORBA_INLINE V rounded_log() const {
-    if constexpr (wide)
-      return mul_add(k_, V(Data::log_2[0]), log_.hi);
+    if constexpr (requires { Data::rounded_logs; })
+      return mul_add(k_, V(Data::rounded_log_2 / unit), lookup(Data::rounded_logs, index_));
     else
-      return mul_add(k_, V(Data::rounded_log_2), lookup(Data::rounded_logs, index_));
+      return log().hi;
   }
 
  private:
   static constexpr bool wide = sizeof(typename V::Element) == 8;
-  static constexpr bool packed = wide && kClass != 5;
+  static constexpr bool packed = !requires { Data::reciprocals; };
   static constexpr int shift = (wide ? 52 : 23) - row_bits(Data::logs);
+  static constexpr typename V::Element unit = kExponentUnit<V>;
 
   ORBA_INLINE Pair<V> log_at(V k) const {
-    return {mul_add(k, V(Data::log_2[0]), log_.hi), mul_add(k, V(Data::log_2[1]), log_.lo)};
+    return {mul_add(k, V(Data::log_2[0] / unit), log_.hi),
+            mul_add(k, V(Data::log_2[1] / unit), log_.lo)};
   }
 
   V k_, c_;
@@ -181,47 +196,56 @@ ORBA_INLINE V horner(V x, const C (&c)[n]) {
   return sum;
 }
 
-// The same as two chains in the square z of x, of half the latency.
-template <class V, class C, int n>
+// From coefficient `first` on, in two chains in the square z of x, which halves the latency.
+template <int first, class V, class C, int n>
 ORBA_INLINE V even_odd(V x, V z, const C (&c)[n]) {
-  V even = c[(n - 1) / 2 * 2], odd = c[(n - 2) / 2 * 2 + 1];
+  constexpr int last = n - 1, last_even = last - (last - first) % 2,
+                last_odd = last - (last - first + 1) % 2;
+  V even = c[last_even], odd = c[last_odd];
   ORBA_UNROLL
-  for (int i = (n - 1) / 2 * 2 - 2; i >= 0; i -= 2) even = mul_add(even, z, V(c[i]));
+  for (int i = last_even - 2; i >= first; i -= 2) even = mul_add(even, z, V(c[i]));
   ORBA_UNROLL
-  for (int i = (n - 2) / 2 * 2 - 1; i >= 0; i -= 2) odd = mul_add(odd, z, V(c[i]));
+  for (int i = last_odd - 2; i >= first; i -= 2) odd = mul_add(odd, z, V(c[i]));
   return mul_add(odd, x, even);
 }
 
-// log + log(1 + e), to full accuracy; |log.hi| >= 2|e| or 0.
-template <class Base, class V>
-ORBA_INLINE V full_sum(Pair<V> log, V e) {
-  using Data = LogData<Base, V>;
+// log + log(1 + e) for |log.hi| >= 2|e| or 0.
+//
+//   HA   what the sum of the leading terms loses joins the tail, where the term in e^2 comes last:
+//        half a unit for the last addition, less than 0.1 ULP for the rest
+//   LA   what that sum loses is let go: another quarter of a unit
+//   EP   one word, a short polynomial
+template <class Data, Accuracy accuracy, class V>
+ORBA_INLINE V log_sum(Pair<V> log, V e) {
+  constexpr bool scaled = requires { Data::log_e; };
   const V z = e * e;
-  const V q = even_odd(e, z, Data::series);
-  V sum, error, tail;
-  if constexpr (Base::scaled) {
-    const V log_e = Data::log_e[0];
-    tail = mul_add(z, q, mul_add(e, V(Data::log_e[1]), log.lo));
-    if constexpr (kFused) {
-      sum = mul_add(e, log_e, log.hi);
-      error = mul_add(e, log_e, log.hi - sum);  // the difference is exact, or nearly all of the sum
-    } else {
-      const Pair<V> lead = two_product(e, log_e);
-      sum = log.hi + lead.hi;
-      error = (lead.hi - (sum - log.hi)) + lead.lo;
-    }
+  V tail = log.lo;
+  if constexpr (scaled) tail = mul_add(e, V(Data::log_e[1]), tail);
+  if constexpr (accuracy == kHa) {
+    tail = mul_add(z, e * even_odd<1>(e, z, Data::series), tail);
+    tail = mul_add(z, V(Data::series[0]), tail);
   } else {
-    tail = mul_add(z, q, log.lo);
-    sum = log.hi + e;
-    error = e - (sum - log.hi);
+    tail = mul_add(z, even_odd<0>(e, z, Data::series), tail);
   }
-  return sum + (error + tail);
-}
 
-// To half the significand.
-template <class Base, class V>
-ORBA_INLINE V ep_sum(V log, V e) {
-  return mul_add(e, horner(e, LogData<Base, V>::series_ep), log);
+  if constexpr (accuracy == kLa && scaled) return log.hi + mul_add(e, V(Data::log_e[0]), tail);
+  if constexpr (accuracy == kLa) return log.hi + (e + tail);
+  if constexpr (scaled && kFused) {
+    const V sum = mul_add(e, V(Data::log_e[0]), log.hi);
+    return sum + (mul_add(e, V(Data::log_e[0]), log.hi - sum) + tail);  // log.hi - sum is exact
+  }
+  V lead = e;
+  if constexpr (scaled) {
+    const Pair<V> product = two_product(e, V(Data::log_e[0]));
+    lead = product.hi;
+    tail = tail + product.lo;
+  }
+  const Pair<V> sum = fast_two_sum(log.hi, lead);
+  return sum.hi + (sum.lo + tail);
+}
+template <class Data, class V>
+ORBA_INLINE V log_sum_ep(V log, V e) {
+  return mul_add(e, horner(e, Data::series_ep), log);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// Normal positive numbers taken apart: a = significand(a) * 2^exponent(a), the significand in [1, 2).
+// Normal positive numbers taken apart: a = significand(a) * 2^exponent(a), the significand in [1,
+// 2).
 #pragma once
 
 #include "vm/kernels/simd/simd.h"
@@ -9,7 +10,16 @@ namespace {
 constexpr int64_t kExponentField64 = 0x7ff0000000000000, kOne64 = 0x3ff0000000000000;
 constexpr int32_t kExponentField32 = 0x7f800000, kOne32 = 0x3f800000;
 
-// The exponent as a floating-point value.
+#if ORBA_CLASS == 3
+ORBA_INLINE F32 to_float(I32 a) { return _mm256_cvtepi32_ps(a.v); }
+#elif ORBA_CLASS < 3
+ORBA_INLINE F32 to_float(I32 a) { return _mm_cvtepi32_ps(a.v); }
+#endif
+
+// The exponent as a floating-point value, times kExponentUnit.
+template <class V>
+constexpr typename V::Element kExponentUnit = 1;
+
 #if ORBA_CLASS == 5
 ORBA_INLINE F64 exponent(F64 a) { return _mm512_maskz_getexp_pd(0xff, a.v); }
 ORBA_INLINE F32 exponent(F32 a) { return _mm512_maskz_getexp_ps(0xffff, a.v); }
@@ -20,20 +30,23 @@ ORBA_INLINE F32 significand(F32 a) {
   return _mm512_maskz_getmant_ps(0xffff, a.v, _MM_MANT_NORM_1_2, _MM_MANT_SIGN_zero);
 }
 #else
-// The biased exponent, put below the leading bit of 2^52 (2^23), becomes a summand of that number.
+// The biased exponent, put below the leading bit of 2^52, becomes a summand of that number.
 ORBA_INLINE F64 exponent(F64 a) {
   constexpr int64_t two_52 = 0x4330000000000000;
   return as_float(shr<52>(as_bits(a)) | I64(two_52)) - F64(0x1p52 + 1023);
 }
+// An exponent field converts as it stands.
+template <>
+constexpr float kExponentUnit<F32> = 0x1p23f;
 ORBA_INLINE F32 exponent(F32 a) {
-  constexpr int32_t two_23 = 0x4b000000;
-  return as_float(shr<23>(as_bits(a)) | I32(two_23)) - F32(0x1p23f + 127);
+  return to_float((as_bits(a) & I32(kExponentField32)) - I32(kOne32));
 }
+
 ORBA_INLINE F64 significand(F64 a) {
   return as_float((as_bits(a) & I64(~kExponentField64)) | I64(kOne64));
 }
 ORBA_INLINE F32 significand(F32 a) {
-  return as_float((as_bits(a) & I32(~kExponentField32)) | I32(kOne32));
+  return as_float(as_bits(a) - ((as_bits(a) & I32(kExponentField32)) - I32(kOne32)));
 }
 #endif
 
