@@ -174,8 +174,8 @@ void vmdInvSqrt(int32_t n, const double* a, double* y, uint32_t mode);
 void vdinvsqrt(const int32_t* n, const double* a, double* y);
 void vmdinvsqrt(const int32_t* n, const double* a, double* y, const uint32_t* mode);
 
-/* Exponential e^a. KAM_STATUS_OVERFLOW for a finite argument above 709.78 (single precision: 88.72),
- * KAM_STATUS_UNDERFLOW for a finite one whose result is denormal or zero. */
+/* Exponential e^a. KAM_STATUS_OVERFLOW for a finite argument above 709.78 (in single precision
+ * 88.72), KAM_STATUS_UNDERFLOW for a finite one whose result is denormal or zero. */
 void vsExp(int32_t n, const float* a, float* y);
 void vmsExp(int32_t n, const float* a, float* y, uint32_t mode);
 void vsexp(const int32_t* n, const float* a, float* y);

@@ -155,7 +155,8 @@ void write_cells(const char* name, Log log) {
 
 int main() {
   std::printf(
-      "// Written by tools/tables/log_tables.cpp; do not edit.\n#pragma once\n\n"
+      "// Written by tools/tables/log_tables.cpp; do not edit.\n// clang-format off\n#pragma "
+      "once\n\n"
       "#include \"vm/kernels/simd/lookup.h\"\n\n"
       "namespace orba::ORBA_CLASS_NAMESPACE {\nnamespace {\n\n"
       "// Logarithms of 2 in two words: hi a multiple of 2^-%d (float: 2^-%d), lo the rest to %d "

@@ -1,4 +1,5 @@
 // Written by tools/tables/log_tables.cpp; do not edit.
+// clang-format off
 #pragma once
 
 #include "vm/kernels/simd/lookup.h"
