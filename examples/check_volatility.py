@@ -5,6 +5,7 @@
 """
 
 import csv
+import math
 import re
 import statistics
 import subprocess
@@ -32,13 +33,13 @@ def volatility(returns):
 with open(prices, newline="") as file:
     header, *rows = csv.reader(file)
 columns = [[float(row[i]) for row in rows] for i in range(1, len(header))]
-returns = [[b / a - 1 for a, b in zip(column, column[1:])] for column in columns]
+returns = [[math.log(b / a) for a, b in zip(column, column[1:])] for column in columns]
 rolling = [[volatility(r[i:i + WINDOW]) for i in range(len(r) - WINDOW + 1)] for r in returns]
 
 result = run(prices)
 assert result.returncode == 0 and not result.stderr, result.stderr
 for label, expected in {
-        "mean return, % a year": [100 * DAYS_PER_YEAR * statistics.fmean(r) for r in returns],
+        "mean log return, % a year": [100 * DAYS_PER_YEAR * statistics.fmean(r) for r in returns],
         "volatility, % a year": [volatility(r) for r in returns],
         "lowest": [min(r) for r in rolling],
         "highest": [max(r) for r in rolling],
@@ -49,9 +50,13 @@ for label, expected in {
 last = [r[-1] for r in rolling]
 printed = row_of(result.stdout, f"at {float(rows[-1][0]):.2f}")
 assert all(abs(p - e) < 0.00501 for p, e in zip(printed, last)), (printed, last)
-change = columns[0][4]  # from the zero price back to the next one
-assert re.search(rf"callback: vdDiv, element 3, code 2 \(singularity\): {change:g} / 0 = inf, "
+after = columns[0][4]  # the price that is divided by the zero one
+assert re.search(rf"callback: vdDiv, element 3, code 2 \(singularity\): argument {after:g}, "
+                 "result inf, replaced by 1", result.stdout)
+assert re.search(r"callback: vdLn, element 2, code 2 \(singularity\): argument 0, result -inf, "
                  "replaced by 0", result.stdout)
+assert re.search(r"^  as many threads as pay off +[\d.]+ ms, [\d.]+ times as fast$", result.stdout,
+                 re.M)
 assert "status after the call: 2" in result.stdout
 assert "same bits as this run" in result.stdout
 

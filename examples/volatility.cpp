@@ -3,9 +3,9 @@
 //   volatility PRICES.csv
 //
 // The file has a header "time,NAME,NAME,..." and one row per trading day: the time in years, then
-// the closing price of each index. Printed are the yearly volatility of the daily returns over all
-// days and over a rolling window, what each processor class makes of the same work, and what the
-// library reports about a bad element.
+// the closing price of each index. Printed are the yearly volatility of the daily log returns over
+// all days and over a rolling window, what each processor class makes of the same work, a long
+// vector on one and on all cores, and what the library reports about a bad element.
 
 #include <orba.h>
 #include <sys/wait.h>
@@ -113,12 +113,12 @@ Prices read_prices(const std::string& path) {
 
 // ---- the computation ----
 
-// (p[t+1] - p[t]) / p[t] for each day but the last.
+// ln(p[t+1] / p[t]) for each day but the last: log returns of successive days add up.
 Series daily_returns(const Series& prices, int indices) {
   const int n = static_cast<int>(prices.size()) - indices;
-  Series change(static_cast<size_t>(n)), result(change.size());
-  vdSub(n, prices.data() + indices, prices.data(), change.data());
-  vdDiv(n, change.data(), prices.data(), result.data());  // not in place: the callback shows change
+  Series ratio(static_cast<size_t>(n)), result(ratio.size());
+  vdDiv(n, prices.data() + indices, prices.data(), ratio.data());
+  vdLn(n, ratio.data(), result.data());  // not in place: the callback shows the ratio
   return result;
 }
 
@@ -184,7 +184,7 @@ void print_volatility(const Prices& prices) {
   const Series rolling = square_root(yearly_variance(
       rolling_sum(returns, indices, kWindow), rolling_sum(squares, indices, kWindow), kWindow));
 
-  // Mean return per year, and the same per unit of volatility.
+  // Mean log return per year, and the same per unit of volatility.
   const Series to_year(sum.size(), kDaysPerYear / days);
   Series mean(sum.size()), ratio(sum.size());
   vdMul(indices, sum.data(), to_year.data(), mean.data());
@@ -212,7 +212,7 @@ void print_volatility(const Prices& prices) {
   std::printf("\n");
   print_row("first close", Series(first, first + indices), "%10.2f");
   print_row("last close", Series(last - indices, last), "%10.2f");
-  print_row("mean return, % a year", percent(mean), "%10.2f");
+  print_row("mean log return, % a year", percent(mean), "%10.2f");
   print_row("volatility, % a year", percent(volatility), "%10.2f");
   print_row("return per unit of volatility", ratio, "%10.2f");
   std::printf("\n  rolling volatility over %d days, %% a year\n", kWindow);
@@ -284,21 +284,23 @@ Measurement measure() {
   return result;
 }
 
-// Measures in a process of its own: the library reads its environment once per process.
-Measurement measure_with_instructions(const char* instructions) {
+// Runs `task` of this program in a process of its own with an environment variable set (if any) and
+// reads its result: the library reads its environment once per process.
+template <class Result>
+Result in_child(const char* task, const char* variable, const char* value) {
   int ends[2];
   if (pipe(ends) != 0) throw std::runtime_error(std::string("pipe: ") + std::strerror(errno));
   std::fflush(stdout);
   const pid_t child = fork();
   if (child < 0) throw std::runtime_error(std::string("fork: ") + std::strerror(errno));
   if (child == 0) {
-    if (instructions != nullptr) setenv("ORBA_ENABLE_INSTRUCTIONS", instructions, 1);
+    if (value != nullptr) setenv(variable, value, 1);
     dup2(ends[1], STDOUT_FILENO);
-    execl("/proc/self/exe", "volatility", "--measure", static_cast<char*>(nullptr));
+    execl("/proc/self/exe", "volatility", task, static_cast<char*>(nullptr));
     _exit(127);
   }
   close(ends[1]);
-  Measurement result{};
+  Result result{};
   const bool complete = read(ends[0], &result, sizeof result) == sizeof result;
   close(ends[0]);
   int status = 0;
@@ -306,6 +308,15 @@ Measurement measure_with_instructions(const char* instructions) {
     throw std::runtime_error("the measuring process failed");
   }
   return result;
+}
+
+template <class Result>
+int write_result(const Result& result) {
+  return std::fwrite(&result, sizeof result, 1, stdout) == 1 ? 0 : 1;
+}
+
+Measurement measure_with_instructions(const char* level) {
+  return in_child<Measurement>("--measure", "ORBA_ENABLE_INSTRUCTIONS", level);
 }
 
 void print_classes() {
@@ -331,6 +342,35 @@ void print_classes() {
   std::printf("  (a level that the processor lacks has no effect)\n");
 }
 
+// ---- threads ----
+
+constexpr int kLongLength = 1000000;
+
+// Milliseconds of one call over a long vector, best of many.
+double measure_long_vector() {
+  Series a(kLongLength), y(kLongLength);
+  for (size_t i = 0; i < a.size(); ++i) a[i] = 1.0 + 1e-6 * static_cast<double>(i);
+  using Clock = std::chrono::steady_clock;
+  double best = std::numeric_limits<double>::infinity();
+  for (int run = 0; run < 50; ++run) {
+    const auto start = Clock::now();
+    vdLn(kLongLength, a.data(), y.data());
+    const std::chrono::duration<double, std::milli> elapsed = Clock::now() - start;
+    best = std::min(best, elapsed.count());
+  }
+  return best;
+}
+
+void print_threads() {
+  const double one = in_child<double>("--measure-long", "ORBA_NUM_THREADS", "1");
+  const double all = in_child<double>("--measure-long", "ORBA_NUM_THREADS", nullptr);
+  std::printf("\nA long vector: vdLn at high accuracy, n = %d, each in a new process\n\n",
+              kLongLength);
+  std::printf("  %-34s%10.3f ms\n", "ORBA_NUM_THREADS=1", one);
+  std::printf("  %-34s%10.3f ms, %.2f times as fast\n", "as many threads as pay off", all,
+              one / all);
+}
+
 // ---- a bad element ----
 
 const char* status_text(int32_t code) {
@@ -348,12 +388,13 @@ const char* status_text(int32_t code) {
   }
 }
 
-// Prints the record and replaces the result by "no return".
+// Prints the record and replaces the result by one that means no change: the ratio 1, the return 0.
 int report_and_replace(KamErrorContext* context) {
-  std::printf("  callback: %s, element %d, code %d (%s): %g / %g = %g, replaced by 0\n",
+  const double neutral = std::strcmp(context->func_name, "vdLn") == 0 ? 0.0 : 1.0;
+  std::printf("  callback: %s, element %d, code %d (%s): argument %g, result %g, replaced by %g\n",
               context->func_name, context->index, context->code, status_text(context->code),
-              context->a1, context->a2, context->r1);
-  context->r1 = 0.0;
+              context->a1, context->r1, neutral);
+  context->r1 = neutral;
   return 0;
 }
 
@@ -384,13 +425,12 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    if (std::strcmp(argv[1], "--measure") == 0) {
-      const Measurement measurement = measure();
-      return std::fwrite(&measurement, sizeof measurement, 1, stdout) == 1 ? 0 : 1;
-    }
+    if (std::strcmp(argv[1], "--measure") == 0) return write_result(measure());
+    if (std::strcmp(argv[1], "--measure-long") == 0) return write_result(measure_long_vector());
     const Prices prices = read_prices(argv[1]);
     print_volatility(prices);
     print_classes();
+    print_threads();
     print_bad_element(prices);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "volatility: %s\n", error.what());

@@ -73,7 +73,9 @@ typedef struct KamErrorContext {
   double r1_im, r2_im;
 } KamErrorContext;
 
-/* A result other than 0 says that the error is finished: the results stay as they are and nothing
+/* Runs on the thread that met the error: a long vector may be computed by several threads, so the
+ * callback must be reentrant. After an in-place call the record shows the result as the argument.
+ * A result other than 0 says that the error is finished: the results stay as they are and nothing
  * further is done. With 0 the other error modes follow and r1, r2 are stored. */
 typedef int (*KamErrorCallBack)(KamErrorContext* context);
 
