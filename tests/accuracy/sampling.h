@@ -183,9 +183,11 @@ class Sampler {
     return std::isfinite(x) ? x : Real{1};
   }
   Real close_to(Real x) {
-    const auto distance = static_cast<Bits>(random_() >> (64 - exponent(1, Numbers::digits)));
+    // Wraps around on purpose: any image that is a finite number will do.
+    const uint64_t distance = random_() >> (64 - exponent(1, Numbers::digits));
+    const uint64_t image = static_cast<uint64_t>(bits_of(x));
     const Real y = from_bits<Real>(
-        static_cast<Bits>(bits_of(x) + ((random_() & 1) != 0 ? distance : -distance)));
+        static_cast<Bits>((random_() & 1) != 0 ? image + distance : image - distance));
     if (!std::isfinite(y)) return x;
     return (random_() & 1) != 0 ? -y : y;
   }

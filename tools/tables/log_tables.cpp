@@ -125,18 +125,29 @@ void write_logs(const char* name, Log log, int rows, const char* type, const cha
   std::printf("}};\n");
 }
 
-// Logarithms rounded once, the one of 2 included.
-void write_rounded_logs(const char* name, Log log, int rows) {
-  const auto rounded = [&](double x) {
-    Real v(x);
-    log(v.get(), v.get(), MPFR_RNDN);
-    return mpfr_get_flt(v.get(), MPFR_RNDN);
-  };
-  std::printf("constexpr Table<float, %d> %s = {{", rows, name);
-  for (int j = 0; j < rows; ++j)
-    std::printf("%s%af%s", j % 4 == 0 ? "\n    " : " ", 0 - rounded(reciprocal(rows, j).c),
-                j + 1 < rows ? "," : "}};\n");
+void write_sixteenths(const char* name, Log log, const char* type, const char* suffix,
+                      int quantum) {
+  std::printf("constexpr PairTable<%s, 16> %s{{\n", type, name);
+  for (int j = 0; j < 16; ++j) {
+    const Words w = split_log(log, 1 + j / 16.0, quantum);
+    std::printf("    {%a%s, %a%s},\n", 0 - w.hi, suffix, 0 - w.lo, suffix);
+  }
+  std::printf("}};\n");
 }
+
+// Logarithms rounded once, the one of 2 included.
+void write_rounded_logs(const char* name, Log log, int rows, double (*c)(int rows, int j)) {
+  std::printf("constexpr Table<float, %d> %s = {{", rows, name);
+  for (int j = 0; j < rows; ++j) {
+    Real v(c(rows, j));
+    log(v.get(), v.get(), MPFR_RNDN);
+    std::printf("%s%af%s", j % 4 == 0 ? "\n    " : " ", 0 - mpfr_get_flt(v.get(), MPFR_RNDN),
+                j + 1 < rows ? "," : "}};\n");
+  }
+}
+
+double c_of_row(int rows, int j) { return reciprocal(rows, j).c; }
+double one_and_fraction(int rows, int j) { return 1 + double(j) / rows; }
 
 void write_cells(const char* name, Log log) {
   std::printf("constexpr PairTable<double, 256> %s{{\n", name);
@@ -167,26 +178,28 @@ int main() {
   write_exponent("Log10", mpfr_log10);
   std::printf("\n// log10(e) in two words: rounded, and the rest.\n");
   write_lead("Log10OfE");
+  std::printf("\n// -log(1 + j/16) in two words as above.\n");
+  write_sixteenths("kLnSixteenths", mpfr_log, "double", "", kQuantum64);
+  write_sixteenths("kLog10Sixteenths", mpfr_log10, "double", "", kQuantum64);
+  write_sixteenths("kLnSixteenthsF", mpfr_log, "float", "f", kQuantum32);
+  write_rounded_logs("kLnRoundedSixteenthsF", mpfr_log, 16, one_and_fraction);
+
   std::printf(
       "\n// Tables of rows of [1, 2): c near 1/m for m in a row, and -log(c) in two words as "
       "above;\n"
       "// e = c*m - 1.\n");
 
-  write_reciprocals("kReciprocals16", 16, "double", "");
-  write_logs("kLnRows16", mpfr_log, 16, "double", "", kQuantum64);
-  write_logs("kLog10Rows16", mpfr_log10, 16, "double", "", kQuantum64);
-
   write_reciprocals("kReciprocals16F", 16, "float", "f");
   write_logs("kLnRows16F", mpfr_log, 16, "float", "f", kQuantum32);
   write_logs("kLog10Rows16F", mpfr_log10, 16, "float", "f", kQuantum32);
-  write_rounded_logs("kLnRounded16F", mpfr_log, 16);
-  write_rounded_logs("kLog10Rounded16F", mpfr_log10, 16);
+  write_rounded_logs("kLnRounded16F", mpfr_log, 16, c_of_row);
+  write_rounded_logs("kLog10Rounded16F", mpfr_log10, 16, c_of_row);
 
   write_reciprocals("kReciprocals8F", 8, "float", "f");
   write_logs("kLnRows8F", mpfr_log, 8, "float", "f", kQuantum32);
   write_logs("kLog10Rows8F", mpfr_log10, 8, "float", "f", kQuantum32);
-  write_rounded_logs("kLnRounded8F", mpfr_log, 8);
-  write_rounded_logs("kLog10Rounded8F", mpfr_log10, 8);
+  write_rounded_logs("kLnRounded8F", mpfr_log, 8, c_of_row);
+  write_rounded_logs("kLog10Rounded8F", mpfr_log10, 8, c_of_row);
 
   write_reciprocals(nullptr, 256, "double", "");
   std::printf(

@@ -25,16 +25,42 @@ ORBA_INLINE Pair<V> one_plus(V x) {
 }
 
 // The sign of a zero is the only one that the sum may lose.
+#if ORBA_CLASS == 5
+ORBA_INLINE F64 with_sign_of(F64 x, F64 y) {
+  constexpr int or_of_and = 0xf8;  // a | (b & c)
+  return as_float(
+      I64(_mm512_ternarylogic_epi64(as_bits(y).v, as_bits(x).v, I64(INT64_MIN).v, or_of_and)));
+}
+ORBA_INLINE F32 with_sign_of(F32 x, F32 y) {
+  constexpr int or_of_and = 0xf8;
+  return as_float(
+      I32(_mm512_ternarylogic_epi32(as_bits(y).v, as_bits(x).v, I32(INT32_MIN).v, or_of_and)));
+}
+#else
 template <class V>
 ORBA_INLINE V with_sign_of(V x, V y) {
   return as_float(as_bits(y) | (as_bits(x) & as_bits(V(-0.0f))));
 }
+#endif
+
+// Lanes whose 1 + x isn't positive and normal, or so large that the reciprocal is not.
+template <class Data>
+ORBA_INLINE M64 special(const LogReduction<Data, F64>& reduction, F64 s) {
+  if constexpr (Data::reciprocal == Reciprocal::kApproximate) return reduction.special();
+  return outside(as_bits(s), 0x00100000, 0x7f3fffff);
+}
+template <class Data>
+ORBA_INLINE M32 special(const LogReduction<Data, F32>& reduction, F32 s) {
+  if constexpr (Data::reciprocal == Reciprocal::kApproximate) return reduction.special();
+  return outside(as_bits(s), 0x00800000, 0x7e7fffff);
+}
 
 template <class Data, Accuracy accuracy, class V>
-ORBA_INLINE V log1p_of(V x) {
+ORBA_INLINE V log1p_of(V x, typename V::Mask& flag) {
   const Pair<V> s = one_plus(x);
   const LogReduction<Data, V> reduction(s.hi);
-  const V c = without_exponent(reduction.c(), s.hi);
+  flag = flag | special(reduction, s.hi);
+  const V c = reduction.c(s.hi);
   if constexpr (accuracy == kEp) {
     const V f = kFused ? mul_add(c, x, c - 1) : excess(c, s.hi) + c * s.lo;
     return with_sign_of(x, log_sum_ep<Data>(reduction.rounded_log(), f));
@@ -42,7 +68,7 @@ ORBA_INLINE V log1p_of(V x) {
     const V e = excess(c, s.hi), rest = c * s.lo;
     Pair<V> log = reduction.log();
     if constexpr (accuracy == kLa) {
-      log.lo = log.lo + neg_mul_add(rest, e, rest);  // log(1 + f) - log(1 + e)
+      log.lo = neg_mul_add(rest, e, log.lo + rest);  // log(1 + f) - log(1 + e)
       return with_sign_of(x, log_sum<Data, kLa>(log, e));
     }
     const V f = e + rest;
@@ -51,14 +77,11 @@ ORBA_INLINE V log1p_of(V x) {
   }
 }
 
-// Lanes whose 1 + x isn't a positive normal number, or so large that 1/(1 + x) is not.
-ORBA_INLINE M64 special(F64 x) { return outside(as_bits(1 + x), 0x00100000, 0x7f3fffff); }
-ORBA_INLINE M32 special(F32 x) { return outside(as_bits(1 + x), 0x00800000, 0x7e7fffff); }
-
 ORBA_COLD int32_t log1p_callout(const double* a, double* r) {
   const double x = *a;
   if (x > -1 && x < pow2(1000)) {
-    *r = first_lane(log1p_of<Natural256, kHa>(F64(x)));
+    M64 flag;
+    *r = first_lane(log1p_of<Natural256, kHa>(F64(x), flag));
     return kOk;
   }
   if (x == -1) {
@@ -89,12 +112,13 @@ struct Log1pKernel : Log1pCallout<V> {
   static constexpr int unroll = 2;
 
   ORBA_INLINE static V eval(V x, Flag& flag) {
-    flag = flag | special(x);
     if constexpr (kClass < 3 && sizeof(In) == 4) {
-      using Data = Natural::Data<F64>;
-      return narrow(log1p_of<Data, kEp>(widen_low(x)), log1p_of<Data, kEp>(widen_high(x)));
+      flag = flag | not_positive_normal(1 + x);
+      M64 unused;
+      return narrow(log1p_of<Natural256, kEp>(widen_low(x), unused),
+                    log1p_of<Natural256, kEp>(widen_high(x), unused));
     } else {
-      return log1p_of<Natural::Data<V>, accuracy>(x);
+      return log1p_of<Natural::Log1pData<V>, accuracy>(x, flag);
     }
   }
 };

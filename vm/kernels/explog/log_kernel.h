@@ -17,9 +17,8 @@ namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
 template <class Data, Accuracy accuracy, class V>
-ORBA_INLINE V log_of(V x) {
-  const LogReduction<Data, V> reduction(x);
-  const V e = excess(reduction.c(), significand(x));
+ORBA_INLINE V log_of(const LogReduction<Data, V>& reduction, V x) {
+  const V e = reduction.excess_of(x);
   if constexpr (accuracy == kEp)
     return log_sum_ep<Data>(reduction.rounded_log(), e);
   else
@@ -43,7 +42,7 @@ ORBA_COLD int32_t log_callout(const double* a, double* r) {
   }
   if (x > 0) {
     const LogReduction<Data, F64> reduction(x);
-    const F64 e = excess(reduction.c(), significand(F64(x)));
+    const F64 e = reduction.excess_of(x);
     *r = first_lane(log_sum<Data, kHa>(reduction.log(k_correction), e));
     return kOk;
   }
@@ -77,13 +76,20 @@ struct LogKernel : LogCallout<typename Base::CalloutData, V> {
   static constexpr int unroll = 2;
 
   ORBA_INLINE static V eval(V x, Flag& flag) {
-    flag = flag | not_positive_normal(x);
     if constexpr (kClass < 3 && sizeof(In) == 4) {
-      using Data = typename Base::template Data<F64>;
-      return narrow(log_of<Data, kEp>(widen_low(x)), log_of<Data, kEp>(widen_high(x)));
+      flag = flag | not_positive_normal(x);
+      return narrow(in_double(widen_low(x)), in_double(widen_high(x)));
     } else {
-      return log_of<typename Base::template Data<V>, accuracy>(x);
+      const LogReduction<typename Base::template Data<V>, V> reduction(x);
+      flag = flag | reduction.special();
+      return log_of<typename Base::template Data<V>, accuracy>(reduction, x);
     }
+  }
+
+ private:
+  ORBA_INLINE static F64 in_double(F64 x) {
+    using Data = typename Base::template Data<F64>;
+    return log_of<Data, kEp>(LogReduction<Data, F64>(x), x);
   }
 };
 

@@ -1,12 +1,13 @@
 // Polynomials of the logarithms, coefficients from the lowest degree up, as fitted by
-// tools/coefficients/log.sollya. Name: base, accuracy (the full ones start at e^2, those of EP at
-// e), rows of the table that leaves e. Errors are relative to log(1 + e).
+// tools/coefficients/log.sollya. Name: base; accuracy, of which those of HA and LA start at e^2,
+// those of EP at e; rows of the table that leaves e. Errors are relative to log(1 + e).
 //
-//             range of e            full                 EP
-//   16        [-0.0372, 0.0625]     degree 11, 2^-61     degree 5, 2^-28
-//   256       [-0.00276, 0.00391]   degree 7,  2^-65     degree 3, 2^-28
-//   8F        [-0.0625, 0.125]      degree 7,  2^-31     degree 3, 2^-14
-//   16F       [-0.0372, 0.0625]     degree 6,  2^-31     degree 2, 2^-11.4
+//                  range of e            HA                   LA                  EP
+//   Sixteenths     [-0.0304, 0.0304]     degree 10, 2^-62     degree 9, 2^-56     degree 5, 2^-31
+//   256            [-0.00276, 0.00391]   degree 7,  2^-65     as HA               degree 3, 2^-28
+//   SixteenthsF    [-0.0304, 0.0304]     degree 5,  2^-31     as HA               degree 2, 2^-12
+//   8F             [-0.0625, 0.125]      degree 7,  2^-31     as HA               degree 3, 2^-14
+//   16F            [-0.0372, 0.0625]     degree 6,  2^-31     as HA               degree 2, 2^-11.2
 #pragma once
 
 #include "vm/kernels/simd/simd.h"
@@ -14,20 +15,34 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-constexpr double kLnSeries16[] = {
-    -0x1.fffffffffffffp-2, 0x1.5555555555525p-2, -0x1.00000000025b8p-2, 0x1.9999999a2d47dp-3,
-    -0x1.5555552afefcdp-3, 0x1.249244318f417p-3, -0x1.00007c4d52dd9p-3, 0x1.c73f339cee6b5p-4,
-    -0x1.993159ed2a3dcp-4, 0x1.4a88a7423f8eep-4};
-constexpr double kLog10Series16[] = {
-    -0x1.bcb7b1526e50dp-3, 0x1.287a7636f4339p-3, -0x1.bcb7b152731d6p-4, 0x1.63c62775a124ap-4,
-    -0x1.287a760e2ee9ep-4, 0x1.fc3f9d7a7fc5fp-5, -0x1.bcb89c40fd744p-5, 0x1.8b6c8c03dff8ep-5,
-    -0x1.635b464ad7911p-5, 0x1.1e7960e6ec6ccp-5};
-constexpr double kLnSeriesEp16[] = {0x1.ffffffe779cb1p-1, -0x1.fffff933f305dp-2,
-                                    0x1.55594c6b81947p-2, -0x1.0044245ee6dcfp-2,
-                                    0x1.85e04d12e1c94p-3};
-constexpr double kLog10SeriesEp16[] = {0x1.bcb7b13d21228p-2, -0x1.bcb7ab6b0ac7p-3,
-                                       0x1.287de7e85ebeap-3, -0x1.bd2e114c37ecep-4,
-                                       0x1.52a463885b9c5p-4};
+constexpr double kLnSeriesSixteenths[] = {-0x1p-1,
+                                          0x1.5555555555502p-2,
+                                          -0x1.ffffffffffeb8p-3,
+                                          0x1.9999999b45d3ap-3,
+                                          -0x1.55555557cd1fep-3,
+                                          0x1.249233c7ee4cap-3,
+                                          -0x1.ffffcc81f56a7p-4,
+                                          0x1.c7f35f94ec241p-4,
+                                          -0x1.9a77f0faa1ce1p-4};
+constexpr double kLog10SeriesSixteenths[] = {
+    -0x1.bcb7b1526e50ep-3, 0x1.287a7636f4316p-3,  -0x1.bcb7b1526f431p-4,
+    0x1.63c627769a22fp-4,  -0x1.287a762c22792p-4, 0x1.fc3f80ea316ecp-5,
+    -0x1.bcb8070533acap-5, 0x1.8c08c0c19fec7p-5,  -0x1.63a518ac823bcp-5};
+constexpr double kLnSeriesLaSixteenths[] = {
+    -0x1.fffffffffffd2p-2, 0x1.55555555554bbp-2, -0x1.00000000a296bp-2, 0x1.9999999c19ebdp-3,
+    -0x1.555541fb4f733p-3, 0x1.24922dfaf2aa6p-3, -0x1.006d191b8c0d2p-3, 0x1.c80c3cfad2bedp-4};
+constexpr double kLog10SeriesLaSixteenths[] = {
+    -0x1.bcb7b1526e4e7p-3, 0x1.287a7636f42d9p-3, -0x1.bcb7b153865cep-4, 0x1.63c627775084cp-4,
+    -0x1.287a657950f5p-4,  0x1.fc3f76eedabfep-5, -0x1.bd74eb065b99dp-5, 0x1.8c1e27a41d20ep-5};
+constexpr double kLnSeriesEpSixteenths[] = {0x1.0000000007c28p0, -0x1.fffffd030bb75p-2,
+                                            0x1.55554eac1135dp-2, -0x1.0032821cdea58p-2,
+                                            0x1.9a12d8bf81c14p-3};
+constexpr double kLog10SeriesEpSixteenths[] = {0x1.bcb7b1527bcbcp-2, -0x1.bcb7aeba0007ap-3,
+                                               0x1.287a706dc8b9ep-3, -0x1.bd0f6f3a7f359p-4,
+                                               0x1.642f77aea0eap-4};
+constexpr float kLnSeriesSixteenthsF[] = {-0x1.fffffep-2f, 0x1.55555p-2f, -0x1.002d8p-2f,
+                                          0x1.9a0beep-3f};
+constexpr float kLnSeriesEpSixteenthsF[] = {0x1.000a1ap0f, -0x1.001e4cp-1f};
 constexpr double kLnSeries256[] = {-0x1p-1,
                                    0x1.5555555555446p-2,
                                    -0x1.ffffffffe275dp-3,

@@ -1,19 +1,20 @@
 // The logarithms' common ground. Argument reduction (P. T. P. Tang, ACM TOMS 16, 1990):
 //
-//   x = 2^k * m, 1 <= m < 2,   log(x) = k*log(2) - log(c) + log(1 + e),   e = c*m - 1.
+//   log(x) = -log(c) + log(1 + e),   e = c*x - 1,
 //
-// The leading bits of m pick a row of a table: c, near 1/m and of so few bits that e is exact, and
-// -log(c) as a head of so few bits that its sum with k times the head of log(2) is exact too, and a
-// tail. In the first and the last row, on both sides of x = 1, all but log(1 + e) vanishes, which
-// gives results near zero their relative accuracy; elsewhere e is at most half of the rest.
+// c a number near 1/x, of so few bits that e is exact. -log(c) is the sum of k*log(2) for a power
+// of two and the entry of a table: a head of so few bits that their sum is exact too, and a tail.
+// Around x = 1, on both sides, all but log(1 + e) vanishes, which gives results near zero their
+// relative accuracy; elsewhere e is at most half of the rest.
 //
-//             rows   where                                          e below
-//   double    16     class 5, in registers                          1/16
-//             256    the others and the callouts, in memory         1/256
-//   single    16     class 5, in registers                          1/16
-//             8      class 3, in registers                          1/8
+//             rows   c                                        where                 |e| below
+//   double    16     the hardware's, rounded to 5 bits        class 5               0.0304
+//             256    table, by 8 leading bits of x            0 to 3, callouts      1/256
+//   single    16     the hardware's, rounded to 5 bits        class 5, Log1p        0.0304
+//             16     table, by 4 leading bits of x            class 5               1/16
+//             8      table, by 3 leading bits of x            class 3               1/8
 //
-// Classes 0 to 2 compute single precision in double.
+// Tables of up to 16 rows are in registers. Classes 0 to 2 compute single precision in double.
 #pragma once
 
 #include "vm/kernels/explog/log_polynomials.h"
@@ -25,15 +26,20 @@ namespace {
 
 enum Accuracy { kEp, kLa, kHa };
 
-// Tables and polynomials of a base. Where there are no reciprocals, they are packed into the rows.
-// In base 10 the argument of the polynomial has to be scaled, by log10(e).
+// Where c comes from.
+enum class Reciprocal { kApproximate, kTable, kPacked };  // packed into the rows of logarithms
+
+// Tables and polynomials of a base. In base 10 the argument of the polynomial has to be scaled, by
+// log10(e).
 struct Natural256 {
+  static constexpr Reciprocal reciprocal = Reciprocal::kPacked;
   static constexpr auto& log_2 = kLnOf2;
   static constexpr auto& logs = kLnRows256;
   static constexpr auto& series = kLnSeries256;
   static constexpr auto& series_ep = kLnSeriesEp256;
 };
 struct Decimal256 {
+  static constexpr Reciprocal reciprocal = Reciprocal::kPacked;
   static constexpr auto& log_2 = kLog10Of2;
   static constexpr auto& log_e = kLog10OfE;
   static constexpr auto& logs = kLog10Rows256;
@@ -41,26 +47,39 @@ struct Decimal256 {
   static constexpr auto& series_ep = kLog10SeriesEp256;
 };
 #if ORBA_CLASS == 5
-struct Natural16 {
+struct NaturalSixteenths {
+  static constexpr Reciprocal reciprocal = Reciprocal::kApproximate;
   static constexpr auto& log_2 = kLnOf2;
-  static constexpr auto& reciprocals = kReciprocals16;
-  static constexpr auto& logs = kLnRows16;
-  static constexpr auto& series = kLnSeries16;
-  static constexpr auto& series_ep = kLnSeriesEp16;
+  static constexpr auto& logs = kLnSixteenths;
+  static constexpr auto& series = kLnSeriesSixteenths;
+  static constexpr auto& series_la = kLnSeriesLaSixteenths;
+  static constexpr auto& series_ep = kLnSeriesEpSixteenths;
 };
-struct Decimal16 {
+struct DecimalSixteenths {
+  static constexpr Reciprocal reciprocal = Reciprocal::kApproximate;
   static constexpr auto& log_2 = kLog10Of2;
   static constexpr auto& log_e = kLog10OfE;
-  static constexpr auto& reciprocals = kReciprocals16;
-  static constexpr auto& logs = kLog10Rows16;
-  static constexpr auto& series = kLog10Series16;
-  static constexpr auto& series_ep = kLog10SeriesEp16;
+  static constexpr auto& logs = kLog10Sixteenths;
+  static constexpr auto& series = kLog10SeriesSixteenths;
+  static constexpr auto& series_la = kLog10SeriesLaSixteenths;
+  static constexpr auto& series_ep = kLog10SeriesEpSixteenths;
+};
+// Log1p, which needs c for 1/x itself.
+struct NaturalSixteenthsSingle {
+  static constexpr Reciprocal reciprocal = Reciprocal::kApproximate;
+  static constexpr auto& log_2 = kLnOf2F;
+  static constexpr auto& logs = kLnSixteenthsF;
+  static constexpr auto& series = kLnSeriesSixteenthsF;
+  static constexpr auto& rounded_log_2 = kLnOf2RoundedF;
+  static constexpr auto& rounded_logs = kLnRoundedSixteenthsF;
+  static constexpr auto& series_ep = kLnSeriesEpSixteenthsF;
 };
 #endif
 
 // The hi words of singles are too short for EP, which has logarithms rounded to one word.
 #if ORBA_CLASS == 5
 struct NaturalSingle {
+  static constexpr Reciprocal reciprocal = Reciprocal::kTable;
   static constexpr auto& log_2 = kLnOf2F;
   static constexpr auto& reciprocals = kReciprocals16F;
   static constexpr auto& logs = kLnRows16F;
@@ -70,6 +89,7 @@ struct NaturalSingle {
   static constexpr auto& series_ep = kLnSeriesEp16F;
 };
 struct DecimalSingle {
+  static constexpr Reciprocal reciprocal = Reciprocal::kTable;
   static constexpr auto& log_2 = kLog10Of2F;
   static constexpr auto& log_e = kLog10OfEF;
   static constexpr auto& reciprocals = kReciprocals16F;
@@ -81,6 +101,7 @@ struct DecimalSingle {
 };
 #else
 struct NaturalSingle {
+  static constexpr Reciprocal reciprocal = Reciprocal::kTable;
   static constexpr auto& log_2 = kLnOf2F;
   static constexpr auto& reciprocals = kReciprocals8F;
   static constexpr auto& logs = kLnRows8F;
@@ -90,6 +111,7 @@ struct NaturalSingle {
   static constexpr auto& series_ep = kLnSeriesEp8F;
 };
 struct DecimalSingle {
+  static constexpr Reciprocal reciprocal = Reciprocal::kTable;
   static constexpr auto& log_2 = kLog10Of2F;
   static constexpr auto& log_e = kLog10OfEF;
   static constexpr auto& reciprocals = kReciprocals8F;
@@ -114,17 +136,21 @@ struct Natural {
   using CalloutData = Natural256;
 #if ORBA_CLASS == 5
   template <class V>
-  using Data = typename DataOfType<Natural16, NaturalSingle, V>::Type;
+  using Log1pData = typename DataOfType<NaturalSixteenths, NaturalSixteenthsSingle, V>::Type;
+  template <class V>
+  using Data = typename DataOfType<NaturalSixteenths, NaturalSingle, V>::Type;
 #else
   template <class V>
   using Data = typename DataOfType<Natural256, NaturalSingle, V>::Type;
+  template <class V>
+  using Log1pData = Data<V>;
 #endif
 };
 struct Decimal {
   using CalloutData = Decimal256;
 #if ORBA_CLASS == 5
   template <class V>
-  using Data = typename DataOfType<Decimal16, DecimalSingle, V>::Type;
+  using Data = typename DataOfType<DecimalSixteenths, DecimalSingle, V>::Type;
 #else
   template <class V>
   using Data = typename DataOfType<Decimal256, DecimalSingle, V>::Type;
@@ -144,25 +170,45 @@ ORBA_INLINE F64 excess(F64 c, F64 x) {
 }
 ORBA_INLINE F32 excess(F32 c, F32 x) { return mul_sub(c, x, F32(1)); }
 
-// The reduction of a normal x.
+// The reduction of a normal x; where reciprocals are approximate, a flagged one is not positive and
+// normal, or has no normal reciprocal.
 template <class Data, class V>
 class LogReduction {
  public:
-  ORBA_INLINE explicit LogReduction(V x) : k_(exponent(x)), index_(shr<shift>(as_bits(x))) {
-    if constexpr (packed) {
-      constexpr int64_t upper_24_bits = static_cast<int64_t>(0xffffff0000000000);
-      const Pair<V> row = lookup(Data::logs, index_);
-      c_ = as_float(as_bits(row.lo) & I64(upper_24_bits));
-      log_ = {row.hi, as_float(shl<24>(as_bits(row.lo)))};
+  ORBA_INLINE explicit LogReduction(V x) {
+    if constexpr (Data::reciprocal == Reciprocal::kApproximate) {
+      const V y = approx_recip(x);
+      special_ = not_positive_normal(y);
+      c_ = rounded(y);
+      k_ = exponent(c_);
+      index_ = shr<shift>(as_bits(c_));
     } else {
+      special_ = not_positive_normal(x);
+      k_ = exponent(x);
+      index_ = shr<shift>(as_bits(x));
+    }
+    log_ = lookup(Data::logs, index_);
+    if constexpr (Data::reciprocal == Reciprocal::kTable) {
       c_ = lookup(Data::reciprocals, index_);
-      log_ = lookup(Data::logs, index_);
+    } else if constexpr (Data::reciprocal == Reciprocal::kPacked) {
+      constexpr int64_t upper_24_bits = static_cast<int64_t>(0xffffff0000000000);
+      c_ = as_float(as_bits(log_.lo) & I64(upper_24_bits));
+      log_.lo = as_float(shl<24>(as_bits(log_.lo)));
     }
   }
 
-  ORBA_INLINE V c() const { return c_; }
+  ORBA_INLINE typename V::Mask special() const { return special_; }
 
-  // k*log(2) - log(c), for a double also with a correction of k, in two words; for EP in one.
+  // c*x - 1
+  ORBA_INLINE V excess_of(V x) const {
+    return excess(c_, Data::reciprocal == Reciprocal::kApproximate ? x : significand(x));
+  }
+  // c, of which a table holds the significand, near 1/x itself.
+  ORBA_INLINE V c(V x) const {
+    return Data::reciprocal == Reciprocal::kApproximate ? c_ : without_exponent(c_, x);
+  }
+
+  // -log(c), for a double also of x * 2^k_correction, in two words; for EP in one.
   ORBA_INLINE Pair<V> log() const { return log_at(k_); }
   ORBA_INLINE Pair<V> log(double k_correction) const { return log_at(k_ + V(k_correction)); }
   ORBA_INLINE V rounded_log() const {
@@ -173,16 +219,27 @@ class LogReduction {
   }
 
  private:
-  static constexpr bool wide = sizeof(typename V::Element) == 8;
-  static constexpr bool packed = !requires { Data::reciprocals; };
-  static constexpr int shift = (wide ? 52 : 23) - row_bits(Data::logs);
-  static constexpr typename V::Element unit = kExponentUnit<V>;
+  using Element = typename V::Element;
+  static constexpr int shift = (sizeof(Element) == 8 ? 52 : 23) - row_bits(Data::logs);
+  // k is the exponent of x, or of c: that of 1/x.
+  static constexpr Element unit =
+      Data::reciprocal == Reciprocal::kApproximate ? -kExponentUnit<V> : kExponentUnit<V>;
 
   ORBA_INLINE Pair<V> log_at(V k) const {
     return {mul_add(k, V(Data::log_2[0] / unit), log_.hi),
             mul_add(k, V(Data::log_2[1] / unit), log_.lo)};
   }
+  // To 5 bits.
+  ORBA_INLINE static F32 rounded(F32 y) {
+    constexpr int32_t last = int32_t{1} << shift;
+    return as_float((as_bits(y) + I32(last / 2)) & I32(-last));
+  }
+  ORBA_INLINE static F64 rounded(F64 y) {
+    constexpr int64_t last = int64_t{1} << shift;
+    return as_float((as_bits(y) + I64(last / 2)) & I64(-last));
+  }
 
+  typename V::Mask special_;
   V k_, c_;
   typename V::Bits index_;
   Pair<V> log_;
@@ -225,7 +282,10 @@ ORBA_INLINE V log_sum(Pair<V> log, V e) {
     tail = mul_add(z, e * even_odd<1>(e, z, Data::series), tail);
     tail = mul_add(z, V(Data::series[0]), tail);
   } else {
-    tail = mul_add(z, even_odd<0>(e, z, Data::series), tail);
+    if constexpr (requires { Data::series_la; })
+      tail = mul_add(z, even_odd<0>(e, z, Data::series_la), tail);
+    else
+      tail = mul_add(z, even_odd<0>(e, z, Data::series), tail);
   }
 
   if constexpr (accuracy == kLa && scaled) return log.hi + mul_add(e, V(Data::log_e[0]), tail);

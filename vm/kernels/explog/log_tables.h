@@ -20,49 +20,69 @@ constexpr float kLog10Of2RoundedF = 0x1.344136p-2f;
 constexpr double kLog10OfE[2] = {0x1.bcb7b1526e50ep-2, 0x1.95355baaafad3p-57};
 constexpr float kLog10OfEF[2] = {0x1.bcb7b2p-2f, -0x1.5b235ep-27f};
 
+// -log(1 + j/16) in two words as above.
+constexpr PairTable<double, 16> kLnSixteenths{{
+    {0x0p+0, 0x0p+0},
+    {-0x1.f0a30c0118p-5, 0x1.d599e84p-45},
+    {-0x1.e27076e2bp-4, 0x1.a342c2ap-45},
+    {-0x1.5ff3070a7ap-3, 0x1.8586f18p-44},
+    {-0x1.c8ff7c79aap-3, 0x1.7794f68p-45},
+    {-0x1.1675cababap-2, -0x1.8380e74p-44},
+    {-0x1.4618bc21c6p-2, 0x1.3d82f48p-46},
+    {-0x1.739d7f6bbdp-2, -0x1.a738932p-52},
+    {-0x1.9f323ecbfap-2, 0x1.ed03526p-44},
+    {-0x1.c8ff7c79aap-2, 0x1.7794f68p-44},
+    {-0x1.f128f5fafp-2, -0x1.bb2cd72p-44},
+    {-0x1.0be72e42528p-1, -0x1.415b4c4p-44},
+    {-0x1.1e85f5e704p-1, -0x1.a07bd8cp-46},
+    {-0x1.307d7334f1p-1, -0x1.7c3f6b2p-46},
+    {-0x1.41d8fe8467p-1, -0x1.5732326p-44},
+    {-0x1.52a2d265bc8p-1, 0x1.2a88c42p-44},
+}};
+constexpr PairTable<double, 16> kLog10Sixteenths{{
+    {0x0p+0, 0x0p+0},
+    {-0x1.af5f92b01p-6, 0x1.9f05922p-46},
+    {-0x1.a30a9d60ap-5, 0x1.0163d7ep-45},
+    {-0x1.31b3055c48p-4, 0x1.dcffc98p-45},
+    {-0x1.8cf1838864p-4, -0x1.0193652p-45},
+    {-0x1.e3bc1ab0ep-4, -0x1.9fe3d56p-44},
+    {-0x1.1b3e71ec94p-3, -0x1.ef57776p-44},
+    {-0x1.42c7e7fe4p-3, 0x1.ff1d22ap-46},
+    {-0x1.68a288b60cp-3, 0x1.007a93cp-44},
+    {-0x1.8cf1838864p-3, -0x1.0193652p-44},
+    {-0x1.afd3e3a23cp-3, 0x1.2ffe158p-44},
+    {-0x1.d165300e34p-3, 0x1.812c7fap-44},
+    {-0x1.f1bdeeb654p-3, -0x1.201b2dap-44},
+    {-0x1.087a0832fap-2, -0x1.eb13e6ap-44},
+    {-0x1.178da53d1fp-2, 0x1.fec384cp-46},
+    {-0x1.2622b0ee3bp-2, -0x1.e73b8bp-44},
+}};
+constexpr PairTable<float, 16> kLnSixteenthsF{{
+    {0x0p+0f, 0x0p+0f},
+    {-0x1.f0ap-5f, -0x1.86008cp-20f},
+    {-0x1.e27p-4f, -0x1.db8abcp-22f},
+    {-0x1.5ff4p-3f, 0x1.f1eb0ep-20f},
+    {-0x1.c9p-3f, 0x1.070cacp-20f},
+    {-0x1.1676p-2f, 0x1.aa2a2cp-21f},
+    {-0x1.4618p-2f, -0x1.78438cp-19f},
+    {-0x1.739ep-2f, 0x1.012886p-19f},
+    {-0x1.9f32p-2f, -0x1.f65fccp-21f},
+    {-0x1.c9p-2f, 0x1.070cacp-19f},
+    {-0x1.f128p-2f, -0x1.ebf5ep-19f},
+    {-0x1.0be7p-1f, -0x1.721296p-20f},
+    {-0x1.1e86p-1f, 0x1.431f7ep-22f},
+    {-0x1.307dp-1f, -0x1.ccd3c4p-19f},
+    {-0x1.41d9p-1f, 0x1.7b98d6p-25f},
+    {-0x1.52a3p-1f, 0x1.6cd21ep-20f},
+}};
+constexpr Table<float, 16> kLnRoundedSixteenthsF = {{
+    0x0p+0f, -0x1.f0a30cp-5f, -0x1.e27076p-4f, -0x1.5ff308p-3f,
+    -0x1.c8ff7cp-3f, -0x1.1675cap-2f, -0x1.4618bcp-2f, -0x1.739d8p-2f,
+    -0x1.9f323ep-2f, -0x1.c8ff7cp-2f, -0x1.f128f6p-2f, -0x1.0be72ep-1f,
+    -0x1.1e85f6p-1f, -0x1.307d74p-1f, -0x1.41d8fep-1f, -0x1.52a2d2p-1f}};
+
 // Tables of rows of [1, 2): c near 1/m for m in a row, and -log(c) in two words as above;
 // e = c*m - 1.
-
-// 16 rows: e in [-0.03711, 0.06250).
-constexpr Table<double, 16> kReciprocals16 = {{
-    0x1p+0, 0x1.dp-1, 0x1.cp-1, 0x1.ap-1, 0x1.9p-1, 0x1.8p-1, 0x1.7p-1, 0x1.6p-1,
-    0x1.5p-1, 0x1.4p-1, 0x1.38p-1, 0x1.28p-1, 0x1.2p-1, 0x1.18p-1, 0x1.1p-1, 0x1p-1}};
-constexpr PairTable<double, 16> kLnRows16{{
-    {0x0p+0, 0x0p+0},
-    {0x1.9335e5d594p-4, 0x1.3115c3ap-45},
-    {0x1.1178e8227ep-3, 0x1.1ef78cep-45},
-    {0x1.a93ed3c8aep-3, -0x1.872435p-45},
-    {0x1.f991c6cb3cp-3, -0x1.90d04cep-44},
-    {0x1.269621134ep-2, -0x1.1b61f1p-44},
-    {0x1.522ae0738ap-2, 0x1.ebe7082p-45},
-    {0x1.7fafa3bd81p-2, 0x1.46fb79cp-44},
-    {0x1.af5295248dp-2, -0x1.17cc552p-45},
-    {0x1.e148a1a272p-2, 0x1.b36537ep-44},
-    {0x1.fb358af7a5p-2, -0x1.def40b8p-44},
-    {0x1.188ee40f24p-1, -0x1.accec42p-44},
-    {0x1.269621134d8p-1, 0x1.c93c1ep-44},
-    {0x1.35028ad9d9p-1, -0x1.bd1f01ap-44},
-    {0x1.43d9ff2f92p-1, 0x1.e267b0cp-44},
-    {0x1.62e42fefa38p-1, 0x1.ef35794p-45},
-}};
-constexpr PairTable<double, 16> kLog10Rows16{{
-    {0x0p+0, 0x0p+0},
-    {0x1.5e3966b7e8p-5, 0x1.2951bbap-45},
-    {0x1.db11ed7668p-5, 0x1.5fa196ep-44},
-    {0x1.715d0ce368p-4, -0x1.4114984p-46},
-    {0x1.b721cd1714p-4, 0x1.7e295f6p-44},
-    {0x1.ffbfc2bbc8p-4, -0x1.ff229f2p-46},
-    {0x1.25ba8215bp-3, -0x1.007bf2ep-44},
-    {0x1.4d43f8275ap-3, 0x1.20ca9a2p-45},
-    {0x1.76a45cbb7ep-3, 0x1.bfb1de4p-45},
-    {0x1.a209a84fbcp-3, 0x1.fef312p-44},
-    {0x1.b88e67cf98p-3, -0x1.a01b9bcp-45},
-    {0x1.e76124046cp-3, -0x1.81a1e24p-44},
-    {0x1.ffbfc2bbc8p-3, -0x1.ff229f2p-45},
-    {0x1.0c6711d6acp-2, -0x1.42d6ae6p-45},
-    {0x1.194b3bdef7p-2, -0x1.1881d7p-44},
-    {0x1.34413509f8p-2, -0x1.80433b8p-44},
-}};
 
 // 16 rows: e in [-0.03711, 0.06250).
 constexpr Table<float, 16> kReciprocals16F = {{
