@@ -6,7 +6,7 @@
 //
 // class      0, 1, 2                        3, 5
 // HA         compensated sum                compensated sum
-// LA         as HA                          plain sum; c*l as it is joins the tail
+// LA         as HA                          plain sum for e; c*l*(1 - e) joins the tail
 // EP         one word, f rounded once       the same, f = c*x + (c - 1)
 //
 // Single precision on classes 0 to 2: the EP computation in double at all accuracies.
@@ -65,12 +65,13 @@ ORBA_INLINE V log1p_of(V x, typename V::Mask& flag) {
     const V f = kFused ? mul_add(c, x, c - 1) : excess(c, s.hi) + c * s.lo;
     return with_sign_of(x, log_sum_ep<Data>(reduction.rounded_log(), f));
   } else {
-    const V e = excess(c, s.hi), rest = c * s.lo;
+    const V e = excess(c, s.hi);
     Pair<V> log = reduction.log();
     if constexpr (accuracy == kLa) {
-      log.lo = neg_mul_add(rest, e, log.lo + rest);  // log(1 + f) - log(1 + e)
+      log.lo = mul_add(s.lo, neg_mul_add(c, e, c), log.lo);  // log(1 + f) - log(1 + e)
       return with_sign_of(x, log_sum<Data, kLa>(log, e));
     }
+    const V rest = c * s.lo;
     const V f = e + rest;
     log.lo = log.lo + (rest - (f - e));
     return with_sign_of(x, log_sum<Data, kHa>(log, f));
