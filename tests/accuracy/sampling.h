@@ -120,7 +120,8 @@ class Sampler {
       Real* tried = operands_ == 2 ? b : a;
       if (operands_ == 2) element(a, exponent(-8, 8));
       tried[0] = x;
-      if (parts_ == 2) tried[1] = number(exponent(-8, 8) + std::ilogb(x == 0 ? Real{1} : x));
+      const bool scaled = x != 0 && std::isfinite(x);  // else there is no exponent to be near to
+      if (parts_ == 2) tried[1] = number(exponent(-8, 8) + (scaled ? std::ilogb(x) : 0));
       next();
     }
   }

@@ -12,14 +12,6 @@ ORBA_INLINE F32 abs(F32 a) { return as_float(as_bits(a) & I32(INT32_MAX)); }
 ORBA_INLINE F64 negate(F64 a) { return as_float(as_bits(a) ^ I64(INT64_MIN)); }
 ORBA_INLINE F32 negate(F32 a) { return as_float(as_bits(a) ^ I32(INT32_MIN)); }
 
-// Magnitude of a, sign of s.
-ORBA_INLINE F64 copy_sign(F64 a, F64 s) {
-  return as_float((as_bits(a) & I64(INT64_MAX)) | (as_bits(s) & I64(INT64_MIN)));
-}
-ORBA_INLINE F32 copy_sign(F32 a, F32 s) {
-  return as_float((as_bits(a) & I32(INT32_MAX)) | (as_bits(s) & I32(INT32_MIN)));
-}
-
 // Lanes whose high word (single precision: whole word), as an unsigned number, lies outside
 // [lo, hi]: one subtraction and one signed compare, and NaN, infinity and both signs of zero fall
 // on the outside of any range of normal numbers.
@@ -36,9 +28,6 @@ ORBA_INLINE M32 outside(I32 a, uint32_t lo, uint32_t hi) {
 // Powers of two in hexadecimal constants read best; these build them from an exponent.
 constexpr double pow2(int e) {
   return __builtin_bit_cast(double, static_cast<uint64_t>(e + 1023) << 52);
-}
-constexpr float pow2f(int e) {
-  return __builtin_bit_cast(float, static_cast<uint32_t>(e + 127) << 23);
 }
 
 }  // namespace

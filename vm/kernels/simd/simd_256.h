@@ -122,8 +122,6 @@ ORBA_INLINE I64 as_bits(F64 a) { return _mm256_castpd_si256(a.v); }
 ORBA_INLINE I32 as_bits(F32 a) { return _mm256_castps_si256(a.v); }
 ORBA_INLINE F64 as_float(I64 a) { return _mm256_castsi256_pd(a.v); }
 ORBA_INLINE F32 as_float(I32 a) { return _mm256_castsi256_ps(a.v); }
-ORBA_INLINE I32 as_words(I64 a) { return a.v; }   // the same register as twice the 32-bit lanes
-ORBA_INLINE I64 as_dwords(I32 a) { return a.v; }  // and back
 ORBA_INLINE I64 operator+(I64 a, I64 b) { return _mm256_add_epi64(a.v, b.v); }
 ORBA_INLINE I64 operator-(I64 a, I64 b) { return _mm256_sub_epi64(a.v, b.v); }
 ORBA_INLINE I64 operator&(I64 a, I64 b) { return _mm256_and_si256(a.v, b.v); }
@@ -149,10 +147,6 @@ ORBA_INLINE I32 shl(I32 a) {
 template <int k>
 ORBA_INLINE I32 shr(I32 a) {
   return _mm256_srli_epi32(a.v, k);
-}
-template <int k>
-ORBA_INLINE I32 sar(I32 a) {
-  return _mm256_srai_epi32(a.v, k);
 }
 
 // Comparisons. `!=` holds for unordered lanes, as does `not_le`; the others do not.

@@ -113,8 +113,6 @@ ORBA_INLINE I64 as_bits(F64 a) { return _mm512_castpd_si512(a.v); }
 ORBA_INLINE I32 as_bits(F32 a) { return _mm512_castps_si512(a.v); }
 ORBA_INLINE F64 as_float(I64 a) { return _mm512_castsi512_pd(a.v); }
 ORBA_INLINE F32 as_float(I32 a) { return _mm512_castsi512_ps(a.v); }
-ORBA_INLINE I32 as_words(I64 a) { return a.v; }   // the same register as twice the 32-bit lanes
-ORBA_INLINE I64 as_dwords(I32 a) { return a.v; }  // and back
 ORBA_INLINE I64 operator+(I64 a, I64 b) { return _mm512_add_epi64(a.v, b.v); }
 ORBA_INLINE I64 operator-(I64 a, I64 b) { return _mm512_sub_epi64(a.v, b.v); }
 ORBA_INLINE I64 operator&(I64 a, I64 b) { return _mm512_and_si512(a.v, b.v); }
@@ -140,10 +138,6 @@ ORBA_INLINE I32 shl(I32 a) {
 template <int k>
 ORBA_INLINE I32 shr(I32 a) {
   return _mm512_srli_epi32(a.v, k);
-}
-template <int k>
-ORBA_INLINE I32 sar(I32 a) {
-  return _mm512_srai_epi32(a.v, k);
 }
 
 // Comparisons. `!=` holds for unordered lanes, the others do not; `not_in` is the test of a range
