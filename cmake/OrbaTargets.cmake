@@ -33,9 +33,13 @@ function(orba_add_class_objects prefix)
   endforeach()
 endfunction()
 
+# What lies in a folder named kernels is built once per class, everything else once.
 file(GLOB_RECURSE ORBA_BASE_SOURCES CONFIGURE_DEPENDS
-  ${PROJECT_SOURCE_DIR}/serv/*.cpp ${PROJECT_SOURCE_DIR}/vm/frame/*.cpp)
-file(GLOB_RECURSE ORBA_KERNEL_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/vm/kernels/*.cpp)
+  ${PROJECT_SOURCE_DIR}/serv/*.cpp ${PROJECT_SOURCE_DIR}/vm/*.cpp ${PROJECT_SOURCE_DIR}/dense/*.cpp
+  ${PROJECT_SOURCE_DIR}/vs/*.cpp)
+set(ORBA_KERNEL_SOURCES ${ORBA_BASE_SOURCES})
+list(FILTER ORBA_BASE_SOURCES EXCLUDE REGEX "/kernels/")
+list(FILTER ORBA_KERNEL_SOURCES INCLUDE REGEX "/kernels/")
 
 add_library(orba_base OBJECT ${ORBA_BASE_SOURCES})
 target_link_libraries(orba_base PRIVATE orba_options)
@@ -43,6 +47,7 @@ target_compile_options(orba_base PRIVATE -march=x86-64 -fno-exceptions -fno-rtti
 # The compiler's own OpenMP runtime, which a program with parallel regions of its own shares.
 set_source_files_properties(
   ${PROJECT_SOURCE_DIR}/serv/threads/thread_count.cpp ${PROJECT_SOURCE_DIR}/vm/frame/threader.cpp
+  ${PROJECT_SOURCE_DIR}/serv/verbose.cpp ${PROJECT_SOURCE_DIR}/vs/frame/threading.cpp
   PROPERTIES COMPILE_OPTIONS "${OpenMP_CXX_FLAGS}")
 orba_add_class_objects(orba_kernels ${ORBA_KERNEL_SOURCES})
 
@@ -58,7 +63,7 @@ add_custom_command(
   COMMAND ${CMAKE_CXX_COMPILER} -E -P -x c++ -I${PROJECT_SOURCE_DIR}
           ${PROJECT_SOURCE_DIR}/vm/frame/exports.map.in -o ${ORBA_EXPORT_MAP}
   DEPENDS ${PROJECT_SOURCE_DIR}/vm/frame/exports.map.in ${PROJECT_SOURCE_DIR}/vm/functions.def
-          ${PROJECT_SOURCE_DIR}/vm/function_table.h
+          ${PROJECT_SOURCE_DIR}/vm/function_table.h ${PROJECT_SOURCE_DIR}/vs/frame/exports.def
   VERBATIM)
 add_custom_target(orba_export_map DEPENDS ${ORBA_EXPORT_MAP})
 

@@ -3,5 +3,6 @@
 #define ORBA_H
 
 #include "orba_kam.h"
+#include "orba_rau.h"
 
 #endif

@@ -43,6 +43,27 @@ int format_text(char* buffer, size_t size, const char* format, va_list arguments
 // Writes a text to the standard output stream and flushes all streams. errno keeps its value.
 void write_standard_output(const char* text) noexcept;
 
+// The standard output stream for the calling thread alone; may be nested.
+class StandardOutputLock {
+ public:
+  StandardOutputLock() noexcept;
+  ~StandardOutputLock();
+  StandardOutputLock(const StandardOutputLock&) = delete;
+  StandardOutputLock& operator=(const StandardOutputLock&) = delete;
+};
+
+// Writes a line (with its line feed) to the standard output stream in one piece, behind all that
+// the program wrote there before. Touches no other stream.
+void write_standard_output_line(const char* line) noexcept;
+
+// Appends a text to a file, which is made if need be, in one piece. False when the file can't be
+// opened or doesn't take the text. An empty text tries the opening alone.
+bool append_to_file(const char* path, const char* text) noexcept;
+
+// A clock that never goes back: its count, and counts per second.
+uint64_t clock_count() noexcept;
+uint64_t clock_frequency() noexcept;
+
 // One attempt to open the localised message catalog, null when there is none. `catalog_text` gives
 // the text of a message number, null when the catalog has none; it lives as long as the catalog.
 void* open_message_catalog() noexcept;

@@ -1,6 +1,7 @@
 #include <cxxabi.h>
 #include <dlfcn.h>
 #include <errno.h>
+#include <fcntl.h>
 #include <locale.h>
 #include <nl_types.h>
 #include <pthread.h>
@@ -9,6 +10,7 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/auxv.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -170,6 +172,34 @@ void write_standard_output(const char* text) noexcept {
   fputs(text, stdout);
   fflush(nullptr);
 }
+
+StandardOutputLock::StandardOutputLock() noexcept { flockfile(stdout); }
+StandardOutputLock::~StandardOutputLock() { funlockfile(stdout); }
+
+void write_standard_output_line(const char* line) noexcept {
+  const ErrnoKeeper keeper;
+  const StandardOutputLock stream;
+  fflush(stdout);  // an empty buffer takes the whole line
+  fputs(line, stdout);
+  fflush(stdout);
+}
+
+bool append_to_file(const char* path, const char* text) noexcept {
+  const ErrnoKeeper keeper;
+  const int file = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+  if (file < 0) return false;
+  const size_t length = strlen(text);
+  const bool complete = length == 0 || write(file, text, length) == static_cast<ssize_t>(length);
+  return close(file) == 0 && complete;
+}
+
+uint64_t clock_count() noexcept {
+  timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<uint64_t>(now.tv_sec) * 1'000'000'000 + static_cast<uint64_t>(now.tv_nsec);
+}
+
+uint64_t clock_frequency() noexcept { return 1'000'000'000; }
 
 void* open_message_catalog() noexcept {
   const ErrnoKeeper keeper;

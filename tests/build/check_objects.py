@@ -93,14 +93,16 @@ TOOL_CHAIN = {"__stack_chk_fail", "_GLOBAL_OFFSET_TABLE_"}
 
 
 def check_undefined(groups):
-    hooks = set(re.findall(r"^\w+ (\w+)\(", (ROOT / "vm/frame/element_error.h").read_text(), re.M))
+    hooks = {f"orba::vm::{name}" for name in re.findall(
+        r"^\w+ (\w+)\(", (ROOT / "vm/frame/element_error.h").read_text(), re.M)}
+    hooks.add("orba::vs::brng_of")
     for group, items in groups.items():
         if group == "base":
             continue
         for item in items:
             names = demangle(name for name, kind in symbols(item) if kind in UNDEFINED)
             for mangled, name in names.items():
-                hook = re.fullmatch(r"orba::vm::(\w+)\(.*\)", name)
+                hook = re.fullmatch(r"(\w+(?:::\w+)+)\(.*\)", name)
                 if not (of_class(mangled, group) or mangled in MEMORY_FUNCTIONS | TOOL_CHAIN or
                         name == "orba::serv::platform::thread_slot" or
                         (hook and hook[1] in hooks)):
@@ -209,8 +211,10 @@ RUNTIME = re.compile(
 
 
 def check_exports(library):
-    text = (ROOT / "include/orba_kam.h").read_text()
-    promised = set(re.findall(r"\b(kam\w+)\(", text)) | set(function_table.exported_functions())
+    promised = set(function_table.exported_functions())
+    for header in ("orba_kam.h", "orba_rau.h", "orba_rau_ss.h"):
+        text = (ROOT / "include" / header).read_text()
+        promised |= set(re.findall(r"^\w[\w* ]*\b((?:kam|rau|v[dsi]?rng|v[dsi]Rng)\w+)\(", text, re.M))
     rows = (line.split() for line in run("nm", "-D", "-P", "--defined-only", library).splitlines())
     exported = {row[0].partition("@")[0] for row in rows if row[1] != "A"}  # A: the version itself
     for name in sorted(promised - exported):
