@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <random>
 #include <vector>
 
 #include "tests/brng/reports.h"
@@ -49,6 +50,33 @@ TEST(Registration, ATinyState) {
   EXPECT_EQ(rauCopyStreamState(r250, stream), 0);
   EXPECT_EQ(rauCopyStreamState(stream, r250), 0);
   EXPECT_EQ(rauGetStreamStateBrng(r250), RAU_BRNG_R250);
+}
+
+// The state of a foreign generator in a stream of a built-in one means nothing, but does no harm.
+TEST(Registration, StatesOfNoise) {
+  BrngProperties noise = idle_properties();
+  noise.StreamStateSize = 16 + 1008;
+  noise.NSeeds = 252;
+  noise.InitStream = [](int32_t, StreamState* stream, int32_t, const void* seed) {
+    std::minstd_rand random(*static_cast<const uint32_t*>(seed));
+    for (size_t i = 4; i < 256; ++i)
+      reinterpret_cast<uint32_t*>(stream)[i] = static_cast<uint32_t>(random()) | 0x80000000;
+    return 0;
+  };
+  const int32_t brng = rauRegisterBrng(&noise);
+  for_each_subject([&](const Subject& subject) {
+    for (uint32_t seed = 0; seed < 20; ++seed) {
+      Stream stream(subject.brng, {1});
+      ASSERT_EQ(rauCopyStreamState(stream, Stream(brng, {seed})), 0);
+      for (const size_t n : {1, 100, 1000}) {
+        stream.words(n);
+        stream.floats(n);
+        stream.doubles(n);
+      }
+      rauSkipAheadStream(stream, 12345);
+      EXPECT_EQ(rauGetStreamStateBrng(stream), subject.brng);
+    }
+  });
 }
 
 // The table is full at 512 rows. In a child process, as a registration stays.

@@ -106,6 +106,24 @@ TEST(UniformIntegers, AreFloors) {
   });
 }
 
+// Numbers that only a caller's own generator gives: whatever becomes of them doesn't depend on
+// where in a request they stand.
+TEST(UniformIntegers, OutOfRange) {
+  for_each_class([&] {
+    for (const double x :
+         {-2147483648.5, -1e300, 2147483648.0, 1e300, -std::numeric_limits<double>::infinity(),
+          std::numeric_limits<double>::quiet_NaN()}) {
+      script() = {};
+      script().reals = {x};
+      Stream stream(scripted_brng(), {1});
+      Guarded<int32_t> r(47);
+      ASSERT_EQ(viRngUniform(0, stream, 47, r.data(), -3, 3), 0);
+      const auto got = r.take();
+      EXPECT_TRUE(same(got, std::vector<int32_t>(47, got[0]))) << x;
+    }
+  });
+}
+
 TEST(UniformIntegers, OfEveryGenerator) {
   const std::pair<int32_t, int32_t> intervals[] = {{-3, 3},   {0, 1},       {5, 6},
                                                    {-10, -2}, {0, 1000000}, {INT32_MIN, INT32_MAX}};

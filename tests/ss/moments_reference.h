@@ -46,8 +46,8 @@ class MomentsReference {
       for (size_t k = 0; k <= j; ++k) {
         Number sum = 0;
         for (size_t i = 0; i < n; ++i) {
-          sum += weight(i) * variables_[j].deviation(data[j][i]) *
-                 variables_[k].deviation(data[k][i]);
+          sum +=
+              weight(i) * variables_[j].deviation(data[j][i]) * variables_[k].deviation(data[k][i]);
         }
         products_[j * p_ + k] = products_[k * p_ + j] = sum;
       }

@@ -274,8 +274,8 @@ class Sweep {
   // Under kOnePass any number near the observations will do: means are kept as differences from
   // it, so that they lose nothing by being far from 0.
   void find_pivot(bool continues, Real weight) noexcept {
-    if (plan_.method == MomentsMethod::kUserMean) {
-      pivot_ = results_.raw(1);
+    if (plan_.method != MomentsMethod::kOnePass) {
+      pivot_ = plan_.method == MomentsMethod::kUserMean ? results_.raw(1) : nullptr;
       return;
     }
     pivot_ = own_pivot_;
@@ -319,8 +319,8 @@ class Sweep {
   Real prior_offset(int64_t j, Real weight, Carried<Real>* carried) const noexcept {
     switch (plan_.method) {
       case MomentsMethod::kUserMean:
-        if (const Real* sum = results_.raw_sum(1)) return sum[j] / weight - pivot_[j];
-        return carried != nullptr ? carried->row(1)[j] + (carried->row(0)[j] - pivot_[j]) : 0;
+        if (carried != nullptr) return carried->row(1)[j] + (carried->row(0)[j] - pivot_[j]);
+        return results_.raw_sum(1) != nullptr ? results_.raw_sum(1)[j] / weight - pivot_[j] : 0;
       case MomentsMethod::kFast:
         return has_prior_mean() ? prior_mean(j, weight) : 0;
       default:
@@ -351,15 +351,9 @@ class Sweep {
   // Products around the means of the call before become products around those of this one.
   void rebase(MomentsPart<Real>& part, Carried<Real>* carried) noexcept {
     const int64_t p = plan_.p;
-    Real* offset = states_[0].work.difference;
-    bool moved = false;
-    for (int64_t j = 0; j < p; ++j) {
-      offset[j] = carried->row(1)[j] + (carried->row(0)[j] - pivot_[j]);
-      moved = moved || carried->row(0)[j] != pivot_[j];
-    }
-    if (!moved) return;
+    if (std::equal(pivot_, pivot_ + p, carried->row(0))) return;
     call_.syr('u', p, -part.weight, carried->row(1), part.product, p);
-    call_.syr('u', p, part.weight, offset, part.product, p);
+    call_.syr('u', p, part.weight, part.mean, part.product, p);
   }
 
   bool must_carry() const noexcept {

@@ -56,8 +56,6 @@ int32_t read_method(uint32_t method, MomentsPlan* plan) noexcept {
     case 0:
       if ((method & conversions) == 0) return RAU_SS_ERROR_METHOD_NOT_SUPPORTED;
       plan->method = MomentsMethod::kConversion;
-      plan->sums_to_moments = (method & RAU_SS_METHOD_SUM_TO_MOM) != 0;
-      plan->cross_product_to_covariances = (method & RAU_SS_METHOD_CP_TO_COVCOR) != 0;
       break;
     default:
       return RAU_SS_ERROR_METHOD_NOT_SUPPORTED;

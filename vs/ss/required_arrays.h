@@ -32,13 +32,12 @@ enum MomentsResult : uint32_t {
   kMomentsResultCount
 };
 
+// kConversion: one of the two conversion methods or both, which are one: what is asked decides.
 enum class MomentsMethod { kOnePass, kFast, kUserMean, kConversion };
 
 struct MomentsPlan {
   MomentsMethod method;
-  bool sums_to_moments;               // the two conversions, of which at least one is set under
-  bool cross_product_to_covariances;  // kConversion and none else
-  uint32_t asked;                     // set of the results that the estimate mask names
+  uint32_t asked;   // set of the results that the estimate mask names
   uint32_t needed;  // all of them and what they are made of: arrays that the task holds
   int64_t p;
   int64_t n;  // under kConversion: only without accumulated weights, else 0

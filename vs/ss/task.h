@@ -30,7 +30,7 @@ struct SsTask {
 #undef ORBA_SS_RELEASE_HOOKS
 #undef ORBA_SS_FIELD_F
 #undef ORBA_SS_FIELD_I
-  void* saved_mean;  // the task's own: means of the last call under RAU_SS_METHOD_FAST_USER_MEAN
+  void* saved_mean;  // the task's own: what the moments driver carries from call to call
 
   // Element i of an integer parameter, in the task's width.
   int64_t integer(const void* parameter, int64_t i = 0) const noexcept {

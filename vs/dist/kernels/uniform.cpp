@@ -38,9 +38,12 @@ void floor_to_integers(int32_t n, const double* x, int32_t* r) {
   for (; i <= n - kPair; i += kPair) {
     store_floors(r + i, load(x + i), load(x + i + F64::lanes));
   }
-  for (; i < n; ++i) {
-    const int32_t whole = static_cast<int32_t>(x[i]);
-    r[i] = whole - (static_cast<double>(whole) > x[i]);
+  if (i < n) {
+    double last[kPair] = {};
+    int32_t floors[kPair];
+    __builtin_memcpy(last, x + i, (n - i) * sizeof *x);
+    store_floors(floors, load(last), load(last + F64::lanes));
+    __builtin_memcpy(r + i, floors, (n - i) * sizeof *r);
   }
 }
 

@@ -67,9 +67,9 @@ ORBA_INLINE V nan_to_zero(V x) {
 // The moments of the block alone, from sums around a centre that is its mean but for rounding.
 // Where the mean is infinite it stays so, and raw moments with it.
 template <class V, class Real = typename V::Element>
-ORBA_INLINE Moments<V> block_moments(const MomentsOrders& orders, int powers, V weight, V pivot,
-                                     V centre, const Real* sums, int64_t stride, int64_t live,
-                                     V* residual) {
+ORBA_INLINE Moments<V> block_moments(const MomentsOrders& orders, int powers, V weight, V inverse,
+                                     V pivot, V centre, const Real* sums, int64_t stride,
+                                     int64_t live, V* residual) {
   Moments<V> m;
   const auto sum = [&](int k) { return load_live<V>(sums + (k - 1) * stride, live); };
   const V s1 = sum(1);
@@ -86,11 +86,11 @@ ORBA_INLINE Moments<V> block_moments(const MomentsOrders& orders, int powers, V 
   if (orders.raw >= 2) {
     // E x^k from the moments around the mean, each term at most a few times E |x|^k.
     const V mean = centre + s, square = mean * mean;
-    const V c2 = nan_to_zero(central[0] / weight), c3 = nan_to_zero(central[1] / weight),
-            c4 = nan_to_zero(central[2] / weight);
-    m.raw[0] = square + c2;
-    m.raw[1] = mean * (square + V(3) * c2) + c3;
-    m.raw[2] = square * (square + V(6) * c2) + V(4) * mean * c3 + c4;
+    const V c2 = central[0] * inverse, c3 = central[1] * inverse, c4 = central[2] * inverse;
+    const auto if_finite = [&](V terms) { return select(mean - mean == V(0), terms, V(0)); };
+    m.raw[0] = square + if_finite(c2);
+    m.raw[1] = mean * square + if_finite(V(3) * mean * c2 + c3);
+    m.raw[2] = square * square + if_finite(V(6) * square * c2 + V(4) * mean * c3 + c4);
   }
   return m;
 }
@@ -118,7 +118,7 @@ void add_block_merged(const MomentsOrders& orders, const MomentsBlock<Real>& blo
     const int64_t live = count - j;
     V residual;
     const Moments<V> from = block_moments<V>(
-        orders, powers, weight, load_live<V>(block.pivot + first + j, live),
+        orders, powers, weight, inverse, load_live<V>(block.pivot + first + j, live),
         load_live<V>(centre + j, live), work.sums + j, work.stride, live, &residual);
     Moments<V> to = load_moments<V>(part, orders, first + j, live);
     const V difference = merge(orders, to, from);

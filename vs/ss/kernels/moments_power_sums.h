@@ -81,6 +81,11 @@ struct PowerSums {
   // cache. Each group has sums of its own, which keeps rounding errors from growing with all rows.
   static constexpr int64_t kGroupBytes = 16384, kGroupRows = 128;
 
+  static int64_t ahead_of_boundary(const Real* x) {
+    const uint64_t misplaced = reinterpret_cast<uint64_t>(x) % sizeof(V);
+    return misplaced == 0 ? 0 : static_cast<int64_t>((sizeof(V) - misplaced) / sizeof(Real));
+  }
+
   // `vectors` vectors of each row, the last one with `live` lanes if partial.
   template <int vectors, bool partial>
   static void sum_tile(const Real* x, int64_t leading, int64_t rows, const Real* w,
@@ -151,7 +156,7 @@ struct PowerSums {
     group = group < 8 ? 8 : group > kGroupRows ? kGroupRows : group;
     for (int64_t i = 0; i < rows; i += group) {
       const int64_t count = rows - i < group ? rows - i : group;
-      const Real* of_group = weights == Weights::kNone ? nullptr
+      const Real* of_group = weights == Weights::kNone    ? nullptr
                              : weights == Weights::kOfRow ? w + i
                                                           : w + i * leading;
       int64_t j = 0;
@@ -170,19 +175,27 @@ struct PowerSums {
   // p = 1, where they are those of observations.
   static void sum_joined(const Real* x, int64_t p, int64_t n, const Real* w, const Real* centre,
                          Real* sums, int64_t stride) {
-    const int64_t joined = kWidth / p;
-    const int64_t width = joined * p, rows = n / joined, rest = n % joined * p;
+    const int64_t joined = kWidth / p, width = joined * p;
     Real slots[K][kWidth] = {}, centres[kWidth];
     if constexpr (centred) {
       for (int64_t e = 0; e < width; e += p) {
         for (int64_t j = 0; j < p; ++j) centres[e + j] = centre[j];
       }
     }
-    const Real* rest_weights = weights == Weights::kNone ? nullptr : w + rows * width;
-    sum_rows(x, width, rows, width, w, centres, &slots[0][0], kWidth);
-    if (rest != 0) {
-      sum_rows(x + rows * width, width, 1, rest, rest_weights, centres, &slots[0][0], kWidth);
+    const auto take = [&](int64_t rows, int64_t count) {
+      if (rows * count == 0) return;
+      sum_rows(x, count, rows, count, w, centres, &slots[0][0], kWidth);
+      x += rows * count;
+      if constexpr (weights != Weights::kNone) w += rows * count;
+    };
+    int64_t numbers = n * p;
+    if (p == 1) {  // loads of whole vectors that don't straddle cache lines
+      const int64_t head = ahead_of_boundary(x) < n ? ahead_of_boundary(x) : n;
+      take(1, head);
+      numbers -= head;
     }
+    take(numbers / width, width);
+    take(1, numbers % width);
     fold_slots<Real>(&slots[0][0], kWidth, K, joined, p, sums, stride);
   }
 };
