@@ -34,7 +34,7 @@ constexpr int64_t kBlockRows = 192;
 template <class V>
 constexpr int64_t kBlockDepth = 192 * sizeof(double) / sizeof(typename V::Element);
 template <class V>
-constexpr int64_t kBlockSize = kBlockRows * kBlockDepth<V>;
+constexpr int64_t kBlockSize = kBlockRows* kBlockDepth<V>;
 static_assert(2 * kBlockSize<F64> * sizeof(double) <= dense::kWorkspaceBytes &&
               2 * kBlockSize<F32> * sizeof(float) <= dense::kWorkspaceBytes);
 

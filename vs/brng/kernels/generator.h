@@ -3,7 +3,6 @@
 // A generator is a type G with
 //
 //   struct State : StreamState { ... }                the layout of its stream
-//   using Word = uint32_t or uint64_t                  one raw output (of WordSize bytes)
 //   static constexpr double kUnit                     c in r = u * ((b - a) * c) + a
 //   static void seed(State&, int32_t n, const uint32_t* words)     accepts everything
 //   static void generate(State&, int32_t n, sink)     the next n outputs into a sink
@@ -13,6 +12,9 @@
 //   static void leapfrog(State&, uint32_t k, uint32_t nstreams)
 //   static void skip_ahead(State&, uint64_t n)
 //   static void skip_ahead_words(State&, int32_t count, const uint64_t* words)
+//
+// Outputs are words of 32 bits; a generator of others derives from Generator and puts its own block
+// functions in place.
 //
 // `generate` hands its outputs to the sink in vectors and, at the end of a request, one by one: the
 // state after n outputs is the one n steps on, whatever n is, and nothing is buffered.
@@ -38,12 +40,6 @@ struct WordSink {
   ORBA_INLINE void put(int64_t i, I32 v) { store(r + i, v); }
   ORBA_INLINE void put(int64_t i, F64 v) { store_low_words(r + i, as_bits(v + F64(0x1p52))); }
   ORBA_INLINE void put_one(int64_t i, uint32_t u) { r[i] = u; }
-};
-
-struct DoubleWordSink {
-  uint64_t* r;
-  ORBA_INLINE void put(int64_t i, I64 v) { store(r + i, v); }
-  ORBA_INLINE void put_one(int64_t i, uint64_t u) { r[i] = u; }
 };
 
 // u * s + a in double precision, the sum fused where the class has it; as float rounded once more.
@@ -155,11 +151,7 @@ struct Generator {
     return RAU_STATUS_OK;
   }
   static int32_t integer(StreamState* stream, int32_t n, void* r) {
-    if constexpr (sizeof(typename G::Word) == sizeof(uint64_t)) {
-      G::generate(state_of(stream), n, DoubleWordSink{static_cast<uint64_t*>(r)});
-    } else {
-      G::generate(state_of(stream), n, WordSink{static_cast<uint32_t*>(r)});
-    }
+    G::generate(state_of(stream), n, WordSink{static_cast<uint32_t*>(r)});
     return RAU_STATUS_OK;
   }
 };

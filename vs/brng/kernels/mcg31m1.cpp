@@ -13,7 +13,6 @@ struct Mcg31m1 : Multiplicative<Mcg31m1, uint32_t> {
   };
   static_assert(sizeof(State) == 24);
 
-  using Word = uint32_t;
   static constexpr uint32_t kModulus = 0x7fffffff;
   static constexpr double kUnit = 1.0 / kModulus;
 

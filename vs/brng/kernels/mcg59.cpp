@@ -69,7 +69,6 @@ struct Mcg59 : Multiplicative<Mcg59, uint64_t> {
   };
   static_assert(sizeof(State) == 32);
 
-  using Word = uint64_t;
   static constexpr double kUnit = 0x1p-59;
 
   static uint64_t multiply(uint64_t a, uint64_t b) { return (a * b) & kMask; }
@@ -126,7 +125,8 @@ struct IntegerSink {
   ORBA_INLINE void put(int64_t i, const Block& block) {
     for (int part = 0; part < 2; ++part) store(r + i + part * kLanes, block.integers(part));
   }
-  ORBA_INLINE void put_one(int64_t i, uint64_t u) { r[i] = u; }
+  // The caller's array is one of 32-bit words.
+  ORBA_INLINE void put_one(int64_t i, uint64_t u) { __builtin_memcpy(r + i, &u, sizeof u); }
 };
 
 // Outputs are wider than a significand: each is rounded once, to the precision of the result.

@@ -151,7 +151,6 @@ struct Mrg32k3a {
   };
   static_assert(sizeof(State) == 40);
 
-  using Word = uint32_t;
   static constexpr double kUnit = 1.0 / X::m;
 
   static void seed(State& state, int32_t n, const uint32_t* words) {

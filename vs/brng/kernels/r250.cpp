@@ -16,7 +16,6 @@ struct R250 {
   };
   static_assert(sizeof(State) == 1024);
 
-  using Word = uint32_t;
   static constexpr double kUnit = 0x1p-32;
 
   // Words of the multiplicative generator 69069 mod 2^32. Their top bits are then forced into a
