@@ -95,7 +95,7 @@ TOOL_CHAIN = {"__stack_chk_fail", "_GLOBAL_OFFSET_TABLE_"}
 def check_undefined(groups):
     hooks = {f"orba::vm::{name}" for name in re.findall(
         r"^\w+ (\w+)\(", (ROOT / "vm/frame/element_error.h").read_text(), re.M)}
-    hooks.add("orba::vs::brng_of")
+    hooks |= {"orba::vs::brng_of", "orba::vs::floors_of"}
     for group, items in groups.items():
         if group == "base":
             continue

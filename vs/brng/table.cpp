@@ -7,6 +7,7 @@ namespace {
 
 struct BuiltInRows {
   BrngProperties rows[kBuiltInBrngs];
+  FloorsEntry floors[kBuiltInBrngs];
 };
 
 constexpr std::array<BuiltInRows, kClassCount> make_rows() {
@@ -21,7 +22,8 @@ constexpr std::array<BuiltInRows, kClassCount> make_rows() {
                          Name##_InitStream_kernels[c],            \
                          Name##_sBRng_kernels[c],                 \
                          Name##_dBRng_kernels[c],                 \
-                         Name##_iBRng_kernels[c]};
+                         Name##_iBRng_kernels[c]};                \
+  tables[c].floors[row] = Name##_floors_kernels[c];
 #include "vs/brng/brngs.def"
 #undef ORBA_BRNG
   }
@@ -44,6 +46,8 @@ const BrngProperties& row_of(int rau_class, int32_t row) noexcept {
                              : registered[row - kBuiltInBrngs];
 }
 
+int class_of(int build) noexcept { return build == kBuildOfClass.back() ? kClassCount - 1 : build; }
+
 }  // namespace
 
 const BrngProperties* find_brng(int rau_class, int32_t brng) noexcept {
@@ -55,8 +59,12 @@ const BrngProperties* find_brng(int rau_class, int32_t brng) noexcept {
 }
 
 const BrngProperties& brng_of(int build, const StreamState& stream) noexcept {
-  const int rau_class = build == kBuildOfClass.back() ? kClassCount - 1 : build;
-  return row_of(rau_class, resolve_brng(stream.brng).row);
+  return row_of(class_of(build), resolve_brng(stream.brng).row);
+}
+
+FloorsEntry floors_of(int build, const StreamState& stream) noexcept {
+  const int32_t row = resolve_brng(stream.brng).row;
+  return row < kBuiltInBrngs ? built_in[static_cast<size_t>(class_of(build))].floors[row] : nullptr;
 }
 
 int32_t register_brng(const BrngProperties& properties) noexcept {

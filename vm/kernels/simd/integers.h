@@ -23,15 +23,10 @@ ORBA_INLINE I64 load_words(const uint32_t* p) {
 }
 // Stores the lanes rounded to float.
 ORBA_INLINE void store_narrow(float* p, F64 a) { _mm256_storeu_ps(p, _mm512_cvtpd_ps(a.v)); }
-// Stores the floors, within the range of the result, of two vectors.
-ORBA_INLINE void store_floors(int32_t* p, F64 lo, F64 hi) {
-  // Beside 1.5 * 2^52 the low word of a sum is the integer, and the sum rounds down.
-  const auto in_low_word = [](F64 a) {
-    return _mm512_castpd_si512(_mm512_add_round_pd(a.v, _mm512_set1_pd(0x1.8p52),
-                                                   _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC));
-  };
-  const __m512i even = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
-  _mm512_storeu_si512(p, _mm512_permutex2var_epi32(in_low_word(lo), even, in_low_word(hi)));
+// Stores the floors of lanes within the range of the result.
+ORBA_INLINE void store_floor(int32_t* p, F64 a) {
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p),
+                      _mm512_cvt_roundpd_epi32(a.v, _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC));
 }
 // Lanes in 0 to 2^52 - 1 as doubles.
 ORBA_INLINE F64 to_double_52(I64 a) { return _mm512_cvtepu64_pd(a.v); }
@@ -100,10 +95,12 @@ ORBA_INLINE I64 load_words(const uint32_t* p) {
   return _mm256_cvtepu32_epi64(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
 }
 ORBA_INLINE void store_narrow(float* p, F64 a) { _mm_storeu_ps(p, _mm256_cvtpd_ps(a.v)); }
-ORBA_INLINE void store_floors(int32_t* p, F64 lo, F64 hi) {
-  const __m128i first = _mm256_cvttpd_epi32(_mm256_floor_pd(lo.v));
-  const __m128i second = _mm256_cvttpd_epi32(_mm256_floor_pd(hi.v));
-  store_vector(p, _mm256_set_m128i(second, first));
+ORBA_INLINE void store_floor(int32_t* p, F64 a) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_cvttpd_epi32(_mm256_floor_pd(a.v)));
+}
+// The low word of every 64-bit lane below another one.
+ORBA_INLINE I64 with_high_word(I64 a, int32_t high) {
+  return _mm256_blend_epi32(a.v, _mm256_set1_epi32(high), 0xaa);
 }
 ORBA_INLINE F64 trunc_small(F64 a) {
   return _mm256_round_pd(a.v, _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC);
@@ -135,14 +132,15 @@ ORBA_INLINE I64 load_words(const uint32_t* p) {
 ORBA_INLINE void store_narrow(float* p, F64 a) {
   _mm_storel_pi(reinterpret_cast<__m64*>(p), _mm_cvtpd_ps(a.v));
 }
-ORBA_INLINE void store_floors(int32_t* p, F64 lo, F64 hi) {
-  const auto floor = [](__m128d a) {
-    // A number that truncation has raised is a negative one with a fraction.
-    const __m128d whole = _mm_cvtepi32_pd(_mm_cvttpd_epi32(a));
-    const __m128d one_less = _mm_and_pd(_mm_cmpgt_pd(whole, a), _mm_set1_pd(1.0));
-    return _mm_cvttpd_epi32(_mm_sub_pd(whole, one_less));
-  };
-  store_vector(p, _mm_unpacklo_epi64(floor(lo.v), floor(hi.v)));
+ORBA_INLINE void store_floor(int32_t* p, F64 a) {
+  // A number that truncation has raised is a negative one with a fraction.
+  const __m128d whole = _mm_cvtepi32_pd(_mm_cvttpd_epi32(a.v));
+  const __m128d one_less = _mm_and_pd(_mm_cmpgt_pd(whole, a.v), _mm_set1_pd(1.0));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_cvttpd_epi32(_mm_sub_pd(whole, one_less)));
+}
+ORBA_INLINE I64 with_high_word(I64 a, int32_t high) {
+  return (a & I64(int64_t{0xffffffff})) |
+         I64(static_cast<int64_t>(static_cast<uint64_t>(high) << 32));
 }
 ORBA_INLINE F64 trunc_small(F64 a) {
 #    if ORBA_CLASS == 2
@@ -210,6 +208,11 @@ ORBA_INLINE I32 mul_low(I32 a, I32 b) {
 #    endif
 #  endif
 #endif
+
+// Stores lanes as numbers of the element type: themselves, rounded to float, their floors.
+ORBA_INLINE void store_as(double* p, F64 a) { store(p, a); }
+ORBA_INLINE void store_as(float* p, F64 a) { store_narrow(p, a); }
+ORBA_INLINE void store_as(int32_t* p, F64 a) { store_floor(p, a); }
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE

@@ -42,35 +42,29 @@ struct WordSink {
   ORBA_INLINE void put_one(int64_t i, uint32_t u) { r[i] = u; }
 };
 
-// u * s + a in double precision, the sum fused where the class has it; as float rounded once more.
-// For outputs below 2^52.
-template <class Real>
+// A number as an element of an array: as it is, rounded to float, or its floor.
+ORBA_INLINE void put_as(double* r, double x) { *r = x; }
+ORBA_INLINE void put_as(float* r, double x) { *r = static_cast<float>(x); }
+ORBA_INLINE void put_as(int32_t* r, double x) {
+  const int32_t whole = static_cast<int32_t>(x);
+  *r = whole - (static_cast<double>(whole) > x);
+}
+
+// u * s + a in double precision, the sum fused where the class has it, for outputs below 2^52.
+template <class Element>
 struct RealSink {
-  Real* r;
+  Element* r;
   double s, a;
-  RealSink(Real* result, double unit, double low, double high)
+  RealSink(Element* result, double unit, double low, double high)
       : r(result), s((high - low) * unit), a(low) {}
   ORBA_INLINE void put(int64_t i, I64 v) { put(i, to_double_52(v)); }
-  ORBA_INLINE void put(int64_t i, F64 v) {
-    const F64 x = mul_add(v, F64(s), F64(a));
-    if constexpr (sizeof(Real) == sizeof(double)) {
-      store(r + i, x);
-    } else {
-      store_narrow(r + i, x);
-    }
-  }
+  ORBA_INLINE void put(int64_t i, F64 v) { store_as(r + i, mul_add(v, F64(s), F64(a))); }
   ORBA_INLINE void put(int64_t i, I32 v) {
-    const F64 low = mul_add(to_double_low(v), F64(s), F64(a));
-    const F64 high = mul_add(to_double_high(v), F64(s), F64(a));
-    if constexpr (sizeof(Real) == sizeof(double)) {
-      store(r + i, low);
-      store(r + i + kLanes, high);
-    } else {
-      store(r + i, narrow(low, high));
-    }
+    put(i, to_double_low(v));
+    put(i + kLanes, to_double_high(v));
   }
   ORBA_INLINE void put_one(int64_t i, uint64_t u) {
-    r[i] = static_cast<Real>(mul_add(static_cast<double>(static_cast<int64_t>(u)), s, a));
+    put_as(r + i, mul_add(static_cast<double>(static_cast<int64_t>(u)), s, a));
   }
 };
 
@@ -150,6 +144,11 @@ struct Generator {
     G::generate(state_of(stream), n, RealSink<double>(r, G::kUnit, a, b));
     return RAU_STATUS_OK;
   }
+  // Floors of numbers in [a, b).
+  static int32_t floors(StreamState* stream, int32_t n, int32_t* r, double a, double b) {
+    G::generate(state_of(stream), n, RealSink<int32_t>(r, G::kUnit, a, b));
+    return RAU_STATUS_OK;
+  }
   static int32_t integer(StreamState* stream, int32_t n, void* r) {
     G::generate(state_of(stream), n, WordSink{static_cast<uint32_t*>(r)});
     return RAU_STATUS_OK;
@@ -159,26 +158,30 @@ struct Generator {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-// ORBA_BRNG_KERNELS(MCG31m1, Mcg31m1): the four entry points of a row of brngs.def, from a type
+// ORBA_BRNG_KERNELS(MCG31m1, Mcg31m1): the entry points of a row of brngs.def, from a type
 // that has the functions of Generator.
 #define ORBA_BRNG_PASTE_(build, Name, entry) orba_##build##_##Name##_##entry
 #define ORBA_BRNG_PASTE(build, Name, entry) ORBA_BRNG_PASTE_(build, Name, entry)
 #define ORBA_BRNG_ENTRY(Name, entry) ORBA_BRNG_PASTE(ORBA_CLASS_NAMESPACE, Name, entry)
-#define ORBA_BRNG_KERNELS(Name, ...)                                                           \
-  namespace orba::ORBA_CLASS_NAMESPACE {                                                       \
-  extern "C" int32_t ORBA_BRNG_ENTRY(Name, InitStream)(int32_t operation, StreamState* stream, \
-                                                       int32_t count, const void* params) {    \
-    return __VA_ARGS__::init(operation, stream, count, params);                                \
-  }                                                                                            \
-  extern "C" int32_t ORBA_BRNG_ENTRY(Name, sBRng)(StreamState * stream, int32_t n, float* r,   \
-                                                  float a, float b) {                          \
-    return __VA_ARGS__::single(stream, n, r, a, b);                                            \
-  }                                                                                            \
-  extern "C" int32_t ORBA_BRNG_ENTRY(Name, dBRng)(StreamState * stream, int32_t n, double* r,  \
-                                                  double a, double b) {                        \
-    return __VA_ARGS__::real(stream, n, r, a, b);                                              \
-  }                                                                                            \
-  extern "C" int32_t ORBA_BRNG_ENTRY(Name, iBRng)(StreamState * stream, int32_t n, void* r) {  \
-    return __VA_ARGS__::integer(stream, n, r);                                                 \
-  }                                                                                            \
+#define ORBA_BRNG_KERNELS(Name, ...)                                                            \
+  namespace orba::ORBA_CLASS_NAMESPACE {                                                        \
+  extern "C" int32_t ORBA_BRNG_ENTRY(Name, InitStream)(int32_t operation, StreamState* stream,  \
+                                                       int32_t count, const void* params) {     \
+    return __VA_ARGS__::init(operation, stream, count, params);                                 \
+  }                                                                                             \
+  extern "C" int32_t ORBA_BRNG_ENTRY(Name, sBRng)(StreamState * stream, int32_t n, float* r,    \
+                                                  float a, float b) {                           \
+    return __VA_ARGS__::single(stream, n, r, a, b);                                             \
+  }                                                                                             \
+  extern "C" int32_t ORBA_BRNG_ENTRY(Name, dBRng)(StreamState * stream, int32_t n, double* r,   \
+                                                  double a, double b) {                         \
+    return __VA_ARGS__::real(stream, n, r, a, b);                                               \
+  }                                                                                             \
+  extern "C" int32_t ORBA_BRNG_ENTRY(Name, floors)(StreamState * stream, int32_t n, int32_t* r, \
+                                                   double a, double b) {                        \
+    return __VA_ARGS__::floors(stream, n, r, a, b);                                             \
+  }                                                                                             \
+  extern "C" int32_t ORBA_BRNG_ENTRY(Name, iBRng)(StreamState * stream, int32_t n, void* r) {   \
+    return __VA_ARGS__::integer(stream, n, r);                                                  \
+  }                                                                                             \
   }

@@ -46,18 +46,21 @@ struct Block {
   }
   ORBA_INLINE I64 integers(int part) const { return shr<5>(join(low_words(), high, part)); }
   // The high word at 2^79, the low one at 2^47: their sum is the only rounding.
-  ORBA_INLINE F64 doubles(I32 low_words, int part) const {
+  ORBA_INLINE F64 doubles(I64 low_part, int part) const {
     const F64 above = as_float(join(high, I32(0x44e00000), part)) - F64(0x1p79 + 0x1p47);
-    return above + as_float(join(low_words, I32(0x42e00000), part));
+    return above + as_float(low_part);
   }
-  ORBA_INLINE F64 doubles(int part) const { return doubles(low_words(), part); }
+  ORBA_INLINE F64 doubles(int part) const {
+    return doubles(with_high_word(low[part], 0x42e00000), part);
+  }
   // By way of a double, which must not round: from 2^31 on, the six lowest bits join into the one
   // above them, beyond the last of a float, so that the state stays on its side of any tie.
   ORBA_INLINE F32 floats() const {
     const I32 words = low_words(), six_bits(63 << 5);
     const I32 joined = (words | ((words & six_bits) + six_bits)) & I32(~(63 << 5));
     const I32 exact = select(shr<4>(high) == I32(0), words, joined);
-    return narrow(doubles(exact, 0), doubles(exact, 1));
+    const I32 at_47(0x42e00000);
+    return narrow(doubles(join(exact, at_47, 0), 0), doubles(join(exact, at_47, 1), 1));
   }
 };
 #endif
@@ -130,16 +133,17 @@ struct IntegerSink {
 };
 
 // Outputs are wider than a significand: each is rounded once, to the precision of the result.
+template <class Element>
 struct DoubleSink {
-  double* r;
+  Element* r;
   double s, a;
   ORBA_INLINE void put(int64_t i, const Block& block) {
     for (int part = 0; part < 2; ++part) {
-      store(r + i + part * kLanes, mul_add(block.doubles(part), F64(s), F64(a)));
+      store_as(r + i + part * kLanes, mul_add(block.doubles(part), F64(s), F64(a)));
     }
   }
   ORBA_INLINE void put_one(int64_t i, uint64_t u) {
-    r[i] = mul_add(static_cast<double>(static_cast<int64_t>(u)), s, a);
+    put_as(r + i, mul_add(static_cast<double>(static_cast<int64_t>(u)), s, a));
   }
 };
 
@@ -167,7 +171,11 @@ struct Mcg59Kernels : Generator<Mcg59> {
     return RAU_STATUS_OK;
   }
   static int32_t real(StreamState* stream, int32_t n, double* r, double a, double b) {
-    Mcg59::generate(state_of(stream), n, DoubleSink{r, (b - a) * Mcg59::kUnit, a});
+    Mcg59::generate(state_of(stream), n, DoubleSink<double>{r, (b - a) * Mcg59::kUnit, a});
+    return RAU_STATUS_OK;
+  }
+  static int32_t floors(StreamState* stream, int32_t n, int32_t* r, double a, double b) {
+    Mcg59::generate(state_of(stream), n, DoubleSink<int32_t>{r, (b - a) * Mcg59::kUnit, a});
     return RAU_STATUS_OK;
   }
   static int32_t integer(StreamState* stream, int32_t n, void* r) {

@@ -35,13 +35,13 @@ struct QuadrupleSink {
 };
 
 // The sums are not fused on any class, unlike the last step.
-template <class Real>
+template <class Element>
 struct FractionSink {
-  Real* r;
+  Element* r;
   static constexpr int kWidth = 1;
   double s, a;
   double inverse[4];
-  FractionSink(Real* result, double low, double high, const uint32_t (&modulus)[4])
+  FractionSink(Element* result, double low, double high, const uint32_t (&modulus)[4])
       : r(result), s(high - low), a(low) {
     for (int k = 0; k < 4; ++k) inverse[k] = 1.0 / modulus[k];
   }
@@ -49,12 +49,7 @@ struct FractionSink {
     F64 sum = x[0] * F64(inverse[0]);
     ORBA_UNROLL
     for (int k = 1; k < 4; ++k) sum = sum + x[k] * F64(inverse[k]);
-    const F64 result = mul_add(sum - trunc_small(sum), F64(s), F64(a));
-    if constexpr (sizeof(Real) == sizeof(double)) {
-      store(r + i, result);
-    } else {
-      store_narrow(r + i, result);
-    }
+    store_as(r + i, mul_add(sum - trunc_small(sum), F64(s), F64(a)));
   }
 };
 
@@ -151,6 +146,12 @@ struct WichmannHillKernels : Generator<WichmannHill> {
     State& state = state_of(stream);
     WichmannHill::generate(state, n,
                            FractionSink<double>(r, a, b, WichmannHill::set_of(state).modulus));
+    return RAU_STATUS_OK;
+  }
+  static int32_t floors(StreamState* stream, int32_t n, int32_t* r, double a, double b) {
+    State& state = state_of(stream);
+    WichmannHill::generate(state, n,
+                           FractionSink<int32_t>(r, a, b, WichmannHill::set_of(state).modulus));
     return RAU_STATUS_OK;
   }
   static int32_t integer(StreamState* stream, int32_t n, void* r) {

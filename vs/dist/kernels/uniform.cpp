@@ -34,20 +34,18 @@ int32_t uniform(int32_t method, StreamState* stream, int32_t n, Real* r, Real a,
 
 void floor_to_integers(int32_t n, const double* x, int32_t* r) {
   int32_t i = 0;
-  constexpr int kPair = 2 * F64::lanes;
-  for (; i <= n - kPair; i += kPair) {
-    store_floors(r + i, load(x + i), load(x + i + F64::lanes));
-  }
+  for (; i <= n - F64::lanes; i += F64::lanes) store_floor(r + i, load(x + i));
   if (i < n) {
-    double last[kPair] = {};
-    int32_t floors[kPair];
+    double last[F64::lanes] = {};
+    int32_t floors[F64::lanes];
     __builtin_memcpy(last, x + i, (n - i) * sizeof *x);
-    store_floors(floors, load(last), load(last + F64::lanes));
+    store_floor(floors, load(last));
     __builtin_memcpy(r + i, floors, (n - i) * sizeof *r);
   }
 }
 
 int32_t uniform_integers(StreamState* stream, int32_t n, int32_t* r, int32_t a, int32_t b) {
+  if (const auto floors = vs::floors_of(kClass, *stream)) return floors(stream, n, r, a, b);
   double buffer[kIntegerChunk];
   for (int32_t done = 0; done < n; done += kIntegerChunk) {
     const int32_t count = n - done < kIntegerChunk ? n - done : kIntegerChunk;
