@@ -79,7 +79,8 @@ def at_most(run, what, n, reference, factor, own="class:4"):
         theirs, name = run.fastest(what, n, reference) or (None, None)
     if ours and theirs:
         ratio = ours / theirs
-        yield judged(f"{what}, n = {n}, against {name}", f"{ratio:.2f} of its time",
+        by = "" if own == "class:4" else f" ({own})"
+        yield judged(f"{what}{by}, n = {n}, against {name}", f"{ratio:.2f} of its time",
                      f"at most {factor:g}", ratio <= factor)
 
 
