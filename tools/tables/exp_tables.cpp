@@ -17,7 +17,7 @@ Row row(int j, int bits) {
   mpfr_t exact, head, tail;
   mpfr_inits2(300, exact, tail, static_cast<mpfr_ptr>(nullptr));
   mpfr_init2(head, bits);
-  mpfr_set_ui(exact, j, MPFR_RNDN);
+  mpfr_set_si(exact, j, MPFR_RNDN);
   mpfr_div_ui(exact, exact, kRows, MPFR_RNDN);
   mpfr_exp2(exact, exact, MPFR_RNDN);
   mpfr_set(head, exact, MPFR_RNDN);
