@@ -28,7 +28,7 @@ sed -n '/^```c$/,/^```$/{/^```/d;p}' "$sources/../../README.md" >"$scratch/first
 build_c "$scratch/first.c" "$scratch/first"
 "$scratch/first" | grep "one element was a singularity"
 
-"$cmake" -S "$sources/cmake_project" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$prefix" \
+"$cmake" -G Ninja -S "$sources/cmake_project" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$prefix" \
   -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_CXX_FLAGS="$flags" >/dev/null
 "$cmake" --build "$scratch/build" >/dev/null
 "$scratch/build/consumer_cpp"
