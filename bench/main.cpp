@@ -14,7 +14,6 @@
 
 #include <algorithm>
 #include <any>
-#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -26,6 +25,7 @@
 
 #include "bench/peers/sink.h"
 #include "bench/reference.h"
+#include "bench/tsc_frequency.h"
 #include "serv/detect/detect.h"
 #include "vm/frame/rows.h"
 #include "vm/frame/shapes.h"
@@ -291,17 +291,6 @@ void add_all_functions() {
 #include "vm/functions.def"
 #undef ORBA_KAM_FUNCTION
 #undef ORBA_BENCH_FUNCTION
-}
-
-// Ticks of the time-stamp counter per second.
-double tsc_frequency() {
-  using Clock = std::chrono::steady_clock;
-  const auto begin = Clock::now();
-  const uint64_t first = __rdtsc();
-  while (Clock::now() - begin < std::chrono::milliseconds(50)) {
-  }
-  const uint64_t ticks = __rdtsc() - first;
-  return static_cast<double>(ticks) / std::chrono::duration<double>(Clock::now() - begin).count();
 }
 
 // What a reader of the results must know about the run.

@@ -17,10 +17,6 @@ ORBA_INLINE I64 mul_low_words(I64 a, I64 b) { return _mm512_mul_epu32(a.v, b.v);
 ORBA_INLINE void store_low_words(uint32_t* p, I64 a) {
   _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_cvtepi64_epi32(a.v));
 }
-// As many 32-bit words as F64 has lanes, each in a 64-bit lane.
-ORBA_INLINE I64 load_words(const uint32_t* p) {
-  return _mm512_cvtepu32_epi64(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)));
-}
 // Stores the lanes rounded to float.
 ORBA_INLINE void store_narrow(float* p, F64 a) { _mm256_storeu_ps(p, _mm512_cvtpd_ps(a.v)); }
 // Stores the floors of lanes within the range of the result.
@@ -91,9 +87,6 @@ ORBA_INLINE void store_low_words(uint32_t* p, I64 a) {
       _mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(0, 2, 4, 6, 0, 0, 0, 0));
   _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(packed));
 }
-ORBA_INLINE I64 load_words(const uint32_t* p) {
-  return _mm256_cvtepu32_epi64(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
-}
 ORBA_INLINE void store_narrow(float* p, F64 a) { _mm_storeu_ps(p, _mm256_cvtpd_ps(a.v)); }
 ORBA_INLINE void store_floor(int32_t* p, F64 a) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_cvttpd_epi32(_mm256_floor_pd(a.v)));
@@ -124,10 +117,6 @@ ORBA_INLINE I64 mul_low_words(I64 a, I64 b) { return _mm_mul_epu32(a.v, b.v); }
 ORBA_INLINE void store_low_words(uint32_t* p, I64 a) {
   const __m128i packed = _mm_shuffle_epi32(a.v, _MM_SHUFFLE(2, 0, 2, 0));
   _mm_storel_epi64(reinterpret_cast<__m128i*>(p), packed);
-}
-ORBA_INLINE I64 load_words(const uint32_t* p) {
-  const __m128i words = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
-  return _mm_unpacklo_epi32(words, _mm_setzero_si128());
 }
 ORBA_INLINE void store_narrow(float* p, F64 a) {
   _mm_storel_pi(reinterpret_cast<__m64*>(p), _mm_cvtpd_ps(a.v));

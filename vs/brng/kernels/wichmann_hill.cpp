@@ -65,12 +65,8 @@ struct WichmannHill {
   }
 
   static uint32_t power(uint64_t base, uint64_t exponent, uint32_t m) {
-    uint64_t result = 1;
-    for (; exponent != 0; exponent >>= 1) {
-      if (exponent & 1) result = result * base % m;
-      base = base * base % m;
-    }
-    return static_cast<uint32_t>(result);
+    const auto multiply = [m](uint64_t x, uint64_t y) { return x * y % m; };
+    return static_cast<uint32_t>(ORBA_CLASS_NAMESPACE::power(base, exponent, multiply));
   }
 
   static void seed(State& state, int32_t n, const uint32_t* words) {
