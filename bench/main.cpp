@@ -26,9 +26,9 @@
 #include "bench/peers/sink.h"
 #include "bench/reference.h"
 #include "bench/tsc_frequency.h"
-#include "serv/detect/detect.h"
-#include "vm/frame/rows.h"
-#include "vm/frame/shapes.h"
+#include "services/detect/detect.h"
+#include "vector/frame/rows.h"
+#include "vector/words/shapes.h"
 
 #if ORBA_BENCH_SLEEF
 #  include <sleef.h>
@@ -53,17 +53,17 @@ struct Peer {
   std::string function;
   std::string name;
   int kernel_class;
-  vm::KamKernel entry;
+  vector::KamKernel entry;
 };
 
-bool live(int kernel_class) { return kernel_class <= serv::kam_class() && kernel_class != 4; }
+bool live(int kernel_class) { return kernel_class <= services::kam_class() && kernel_class != 4; }
 
 // All peers that this machine can run.
 const std::vector<Peer>& peers() {
   static std::vector<Peer> all;
   static int current_class;
   if (all.empty()) {
-    const PeerSink sink = [](const char* function, const char* peer, vm::KamKernel entry) {
+    const PeerSink sink = [](const char* function, const char* peer, vector::KamKernel entry) {
       all.push_back({function, peer, current_class, entry});
     };
 #define ORBA_BENCH_PEERS(kernel_class, entry) \
@@ -242,7 +242,8 @@ constexpr const char* kAccuracyNames[] = {"LA", "HA", "EP"};
 
 // Registers everything that is measured of one function and type.
 template <class Case, class Signature>
-void add_function(const std::string& function, const vm::KamKernelRow& row, Signature* exported) {
+void add_function(const std::string& function, const vector::KamKernelRow& row,
+                  Signature* exported) {
   const auto add = [&](const std::string& what, Signature* entry, uint32_t mode, bool with_error) {
     for (const int n : kLengths) {
       benchmark::RegisterBenchmark(
@@ -251,12 +252,13 @@ void add_function(const std::string& function, const vm::KamKernelRow& row, Sign
     }
   };
 
-  for (int kernel_class = 0; kernel_class < vm::kClassCount; ++kernel_class) {
+  for (int kernel_class = 0; kernel_class < vector::kClassCount; ++kernel_class) {
     if (!live(kernel_class)) continue;
     const std::string class_part = "/class:" + std::to_string(kernel_class);
-    std::vector<std::pair<vm::KamKernel, std::string>> kernels;  // with the accuracies they serve
+    std::vector<std::pair<vector::KamKernel, std::string>>
+        kernels;  // with the accuracies they serve
     for (const uint32_t mode : {KAM_LA, KAM_HA, KAM_EP}) {
-      const vm::KamKernel kernel = row.kernel[vm::row_index(kernel_class, mode)];
+      const vector::KamKernel kernel = row.kernel[vector::row_index(kernel_class, mode)];
       const std::string accuracy = kAccuracyNames[mode - KAM_LA];
       const auto same = std::find_if(kernels.begin(), kernels.end(),
                                      [&](const auto& known) { return known.first == kernel; });
@@ -282,13 +284,13 @@ void add_function(const std::string& function, const vm::KamKernelRow& row, Sign
 }
 
 void add_all_functions() {
-#define ORBA_BENCH_FUNCTION(t, Name, shape)                           \
-  add_function<exact::Case_##Name, vm::Kernel_##shape<vm::Type_##t>>( \
-      "v" #t #Name, vm::row_v##t##Name, v##t##Name);
+#define ORBA_BENCH_FUNCTION(t, Name, shape)                                   \
+  add_function<exact::Case_##Name, vector::Kernel_##shape<vector::Type_##t>>( \
+      "v" #t #Name, vector::row_v##t##Name, v##t##Name);
 #define ORBA_KAM_FUNCTION(Name, name, shape, types) \
   ORBA_KAM_TYPES(types)                             \
   (ORBA_BENCH_FUNCTION, Name, shape)
-#include "vm/functions.def"
+#include "vector/functions.def"
 #undef ORBA_KAM_FUNCTION
 #undef ORBA_BENCH_FUNCTION
 }
@@ -307,7 +309,7 @@ void describe_run() {
   benchmark::AddCustomContext("compiler", ORBA_BENCH_COMPILERS);
   benchmark::AddCustomContext("libraries", libraries);
   benchmark::AddCustomContext("tsc_hz", std::to_string(tsc_frequency()));
-  benchmark::AddCustomContext("kernel_class", std::to_string(serv::kam_class()));
+  benchmark::AddCustomContext("kernel_class", std::to_string(services::kam_class()));
   benchmark::AddCustomContext("error_sample", std::to_string(kSample));
 }
 

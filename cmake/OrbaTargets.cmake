@@ -37,10 +37,10 @@ function(orba_add_class_objects prefix)
   endforeach()
 endfunction()
 
-# What lies in a folder named kernels is built once per class, everything else once.
-file(GLOB_RECURSE ORBA_BASE_SOURCES CONFIGURE_DEPENDS
-  ${PROJECT_SOURCE_DIR}/serv/*.cpp ${PROJECT_SOURCE_DIR}/vm/*.cpp ${PROJECT_SOURCE_DIR}/dense/*.cpp
-  ${PROJECT_SOURCE_DIR}/vs/*.cpp)
+# What lies in a folder named kernels is built once per class, everything else once. Paths are relative
+# to the project, so that the names of the folders above it do not matter.
+file(GLOB_RECURSE ORBA_BASE_SOURCES CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
+  services/*.cpp vector/*.cpp dense/*.cpp statistics/*.cpp)
 set(ORBA_KERNEL_SOURCES ${ORBA_BASE_SOURCES})
 list(FILTER ORBA_BASE_SOURCES EXCLUDE REGEX "/kernels/")
 list(FILTER ORBA_KERNEL_SOURCES INCLUDE REGEX "/kernels/")
@@ -50,8 +50,8 @@ target_link_libraries(orba_base PRIVATE orba_options)
 target_compile_options(orba_base PRIVATE -march=x86-64 -fno-exceptions -fno-rtti)
 # The compiler's own OpenMP runtime, which a program with parallel regions of its own shares.
 set_source_files_properties(
-  ${PROJECT_SOURCE_DIR}/serv/threads/thread_count.cpp ${PROJECT_SOURCE_DIR}/vm/frame/threader.cpp
-  ${PROJECT_SOURCE_DIR}/serv/verbose.cpp ${PROJECT_SOURCE_DIR}/vs/frame/threading.cpp
+  ${PROJECT_SOURCE_DIR}/services/threads/thread_count.cpp ${PROJECT_SOURCE_DIR}/vector/frame/threader.cpp
+  ${PROJECT_SOURCE_DIR}/services/verbose.cpp ${PROJECT_SOURCE_DIR}/statistics/frame/threading.cpp
   PROPERTIES COMPILE_OPTIONS "${OpenMP_CXX_FLAGS}")
 orba_add_class_objects(orba_kernels ${ORBA_KERNEL_SOURCES})
 
@@ -65,9 +65,9 @@ set(ORBA_EXPORT_MAP ${PROJECT_BINARY_DIR}/orba.map)
 add_custom_command(
   OUTPUT ${ORBA_EXPORT_MAP}
   COMMAND ${CMAKE_CXX_COMPILER} -E -P -x c++ -I${PROJECT_SOURCE_DIR}
-          ${PROJECT_SOURCE_DIR}/vm/frame/exports.map.in -o ${ORBA_EXPORT_MAP}
-  DEPENDS ${PROJECT_SOURCE_DIR}/vm/frame/exports.map.in ${PROJECT_SOURCE_DIR}/vm/functions.def
-          ${PROJECT_SOURCE_DIR}/vm/function_table.h ${PROJECT_SOURCE_DIR}/vs/frame/exports.def
+          ${PROJECT_SOURCE_DIR}/vector/frame/exports.map.in -o ${ORBA_EXPORT_MAP}
+  DEPENDS ${PROJECT_SOURCE_DIR}/vector/frame/exports.map.in ${PROJECT_SOURCE_DIR}/vector/functions.def
+          ${PROJECT_SOURCE_DIR}/vector/function_table.h ${PROJECT_SOURCE_DIR}/statistics/frame/exports.def
   VERBATIM)
 add_custom_target(orba_export_map DEPENDS ${ORBA_EXPORT_MAP})
 

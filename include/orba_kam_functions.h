@@ -1,5 +1,5 @@
 /* The vector functions; part of orba_kam.h, which includes this file.
- * Made by tools/make_header.py from vm/functions.def: change it there.
+ * Made by tools/make_header.py from vector/functions.def: change it there.
  *
  * Each function comes in four forms per element type (s float, d double, c and z their complex):
  *   vdAdd   runs under the mode of the calling thread (accuracy, error handling, denormals);

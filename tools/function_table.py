@@ -1,11 +1,11 @@
-"""Reads vm/functions.def: the functions, and the exported names and signatures they stand for."""
+"""Reads vector/functions.def: the functions, and the exported names and signatures they stand for."""
 
 import pathlib
 import re
 from dataclasses import dataclass
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-TABLE = ROOT / "vm" / "functions.def"
+TABLE = ROOT / "vector" / "functions.def"
 
 ELEMENT = {"s": "float", "d": "double", "c": "KamComplex8", "z": "KamComplex16"}
 REAL = {"s": "float", "d": "double", "c": "float", "z": "double"}

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes include/orba_kam_functions.h, the plain prototypes, from vm/functions.def.
+"""Makes include/orba_kam_functions.h, the plain prototypes, from vector/functions.def.
 
     tools/make_header.py            writes the header
     tools/make_header.py --check    fails when the header is not what would be written
@@ -16,7 +16,7 @@ WIDTH = 100
 
 INTRODUCTION = """\
 /* The vector functions; part of orba_kam.h, which includes this file.
- * Made by tools/make_header.py from vm/functions.def: change it there.
+ * Made by tools/make_header.py from vector/functions.def: change it there.
  *
  * Each function comes in four forms per element type (s float, d double, c and z their complex):
  *   vdAdd   runs under the mode of the calling thread (accuracy, error handling, denormals);
@@ -65,7 +65,7 @@ def main():
     if sys.argv[1:] == ["--check"]:
         if HEADER.read_text() != wanted:
             sys.exit(f"{HEADER.relative_to(function_table.ROOT)} does not match "
-                     "vm/functions.def: run tools/make_header.py")
+                     "vector/functions.def: run tools/make_header.py")
     elif sys.argv[1:]:
         sys.exit(__doc__)
     else:

@@ -16,13 +16,13 @@
 #include <functional>
 #include <string>
 
-#include "serv/detect/detect.h"
-#include "serv/threads/thread_count.h"
-#include "vs/frame/dispatch.h"
+#include "services/detect/detect.h"
+#include "services/threads/thread_count.h"
+#include "statistics/frame/dispatch.h"
 
 namespace orba::bench {
 
-inline int best_class() { return serv::rau_class(serv::rau_cpu_type()); }
+inline int best_class() { return services::rau_class(services::rau_cpu_type()); }
 
 // Measures call(), which handles n elements; `batch` calls are timed as one, several times even if
 // one takes longer than the whole measurement should.
@@ -49,12 +49,12 @@ using Prepare = std::function<std::function<void()>()>;
 
 inline void add(const std::string& what, const std::string& by, int64_t n, const Prepare& prepare,
                 int rau_class = -1, int threads = 1) {
-  benchmark::RegisterBenchmark((what + "/" + by + "/n:" + std::to_string(n)).c_str(),
-                               [=](benchmark::State& state) {
-                                 vs::class_word.store(rau_class >= 0 ? rau_class : best_class());
-                                 serv::set_local_thread_count(threads);
-                                 measure(state, n, prepare());
-                               });
+  benchmark::RegisterBenchmark(
+      (what + "/" + by + "/n:" + std::to_string(n)).c_str(), [=](benchmark::State& state) {
+        statistics::class_word.store(rau_class >= 0 ? rau_class : best_class());
+        services::set_local_thread_count(threads);
+        measure(state, n, prepare());
+      });
 }
 
 inline void add_peer(const std::string& what, const std::string& peer, int64_t n,

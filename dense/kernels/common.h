@@ -4,7 +4,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "vm/kernels/simd/simd.h"
+#include "vector/kernels/simd/simd.h"
 
 #define ORBA_DENSE_NAME_(class_name, routine) orba_##class_name##_##routine
 #define ORBA_DENSE_NAME_EXPANDED(class_name, routine) ORBA_DENSE_NAME_(class_name, routine)

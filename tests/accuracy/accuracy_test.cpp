@@ -99,7 +99,7 @@ void expect_special(const Subject& subject, const Cell& cell, const Special<Real
     shown.wanted[part] = static_cast<double>(special.r[part]);
   }
   EXPECT_TRUE(right) << cell.name() << " n=" << n << ": " << describe(subject, shown);
-  EXPECT_EQ(vm::status(), special.status)
+  EXPECT_EQ(vector::status(), special.status)
       << cell.name() << " n=" << n << ": " << describe(subject, shown);
 }
 

@@ -10,7 +10,7 @@ namespace {
 
 // Kernels that fill several cells of the row are measured once.
 struct Contender {
-  vm::KamKernel kernel;
+  vector::KamKernel kernel;
   uint32_t accuracy;
   bool newest = false;
   Outcome outcome{};
@@ -64,7 +64,7 @@ class Measurer {
     for (const int kernel_class : live_classes()) {
       for (const uint32_t accuracy : kAccuracies) {
         const auto it = find(subject_.kernel(kernel_class, accuracy));
-        measurement.outcome[vm::row_index(kernel_class, accuracy)] = it->outcome;
+        measurement.outcome[vector::row_index(kernel_class, accuracy)] = it->outcome;
       }
     }
     return measurement;
@@ -104,10 +104,10 @@ class Measurer {
   }
 
  private:
-  static constexpr bool kWidens = std::is_same_v<Type, vm::Type_s>;
+  static constexpr bool kWidens = std::is_same_v<Type, vector::Type_s>;
   static constexpr double kEpsilon = std::numeric_limits<Real>::epsilon();
 
-  auto find(vm::KamKernel kernel) {
+  auto find(vector::KamKernel kernel) {
     return std::find_if(contenders_.begin(), contenders_.end(),
                         [&](const Contender& c) { return c.kernel == kernel; });
   }
@@ -115,7 +115,7 @@ class Measurer {
   void find_contenders(Profile& profile) {
     for (const int kernel_class : live_classes()) {
       for (const uint32_t accuracy : {KAM_LA, KAM_HA, KAM_EP}) {
-        const vm::KamKernel kernel = subject_.kernel(kernel_class, accuracy);
+        const vector::KamKernel kernel = subject_.kernel(kernel_class, accuracy);
         if (find(kernel) == contenders_.end()) {
           contenders_.push_back({.kernel = kernel, .accuracy = static_cast<uint32_t>(accuracy)});
         }

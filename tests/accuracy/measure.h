@@ -40,11 +40,11 @@ struct Plan {
 struct Measurement {
   int64_t points = 0;  // per kernel
   bool exhaustive = false;
-  Outcome outcome[vm::kRowSlots];  // of the live classes' slots
-  Profile profile;                 // of the newest class
+  Outcome outcome[vector::kRowSlots];  // of the live classes' slots
+  Profile profile;                     // of the newest class
 
   const Outcome& at(int kernel_class, uint32_t accuracy) const {
-    return outcome[vm::row_index(kernel_class, accuracy)];
+    return outcome[vector::row_index(kernel_class, accuracy)];
   }
 };
 

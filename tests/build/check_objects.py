@@ -93,9 +93,9 @@ TOOL_CHAIN = {"__stack_chk_fail", "_GLOBAL_OFFSET_TABLE_"}
 
 
 def check_undefined(groups):
-    hooks = {f"orba::vm::{name}" for name in re.findall(
-        r"^\w+ (\w+)\(", (ROOT / "vm/frame/element_error.h").read_text(), re.M)}
-    hooks |= {"orba::vs::brng_of", "orba::vs::floors_of"}
+    hooks = {f"orba::vector::{name}" for name in re.findall(
+        r"^\w+ (\w+)\(", (ROOT / "vector/words/element_error.h").read_text(), re.M)}
+    hooks |= {"orba::statistics::brng_of", "orba::statistics::floors_of"}
     for group, items in groups.items():
         if group == "base":
             continue
@@ -104,7 +104,7 @@ def check_undefined(groups):
             for mangled, name in names.items():
                 hook = re.fullmatch(r"(\w+(?:::\w+)+)\(.*\)", name)
                 if not (of_class(mangled, group) or mangled in MEMORY_FUNCTIONS | TOOL_CHAIN or
-                        name == "orba::serv::platform::thread_slot" or
+                        name == "orba::services::platform::thread_slot" or
                         (hook and hook[1] in hooks)):
                     yield f"{short(item)}: refers to {name}"
 
@@ -199,7 +199,7 @@ SECTIONS_RUN_AT_LOAD = r"\.(?:preinit_array|init_array|fini_array|ctors|dtors)\b
 def check_constructors(groups):
     for items in groups.values():
         for item in items:
-            if "/serv/platform/" in item:
+            if "/services/platform/" in item:
                 continue
             sections = run("readelf", "-SW", item)
             for section in sorted(set(re.findall(SECTIONS_RUN_AT_LOAD, sections))):

@@ -16,7 +16,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "serv/detect/detect.h"
+#include "services/detect/detect.h"
 
 namespace {
 
@@ -25,7 +25,8 @@ using orba::dense::kWorkspaceBytes;
 
 std::vector<int> live_classes() {
   std::vector<int> live;
-  for (int c = 0; c <= orba::serv::rau_class(orba::serv::rau_cpu_type()); ++c) live.push_back(c);
+  for (int c = 0; c <= orba::services::rau_class(orba::services::rau_cpu_type()); ++c)
+    live.push_back(c);
   return live;
 }
 

@@ -176,7 +176,7 @@ INSTANTIATE_TEST_SUITE_P(All, Contract, testing::ValuesIn(subjects()),
 // around them is written; in-place calls and calls at the edge of a page give the same.
 TEST_P(Contract, WritesItsResultsAndNothingElse) {
   const Subject& subject = GetParam();
-  for_each_kernel([&]<class Type>(Type, const Cell& cell, vm::KamKernel kernel) {
+  for_each_kernel([&]<class Type>(Type, const Cell& cell, vector::KamKernel kernel) {
     using Real = typename Type::Real;
     const size_t parts = subject.parts();
     const size_t room = (kMaxCount + 2 * kMaxOffset + 64) * parts;
@@ -236,7 +236,7 @@ TEST_P(Contract, WritesItsResultsAndNothingElse) {
 // The result of an element is the same wherever it stands and whatever stands beside it.
 TEST_P(Contract, KeepsElementsApart) {
   const Subject& subject = GetParam();
-  for_each_kernel([&]<class Type>(Type, const Cell& cell, vm::KamKernel kernel) {
+  for_each_kernel([&]<class Type>(Type, const Cell& cell, vector::KamKernel kernel) {
     using Real = typename Type::Real;
     const int parts = subject.parts();
     const WordsScope words(cell.accuracy | KAM_ERRMODE_IGNORE);
@@ -272,7 +272,7 @@ struct Environment {
   uint16_t x87;
 };
 template <class Type, class Real = typename Type::Real>
-Environment call_under(const Environment& caller, const Subject& subject, vm::KamKernel kernel,
+Environment call_under(const Environment& caller, const Subject& subject, vector::KamKernel kernel,
                        const Inputs<Real>& inputs, std::vector<Real>& r) {
   const uint32_t old_mxcsr = _mm_getcsr();
   const uint16_t old_x87 = x87_control();
@@ -290,7 +290,7 @@ Environment call_under(const Environment& caller, const Subject& subject, vm::Ka
 // the results are those of the default environment.
 TEST_P(Contract, RestoresTheFloatingPointEnvironment) {
   const Subject& subject = GetParam();
-  for_each_kernel([&]<class Type>(Type, const Cell& cell, vm::KamKernel kernel) {
+  for_each_kernel([&]<class Type>(Type, const Cell& cell, vector::KamKernel kernel) {
     using Real = typename Type::Real;
     constexpr uint32_t kDivideByZeroFlag = 0x4, kInexactFlag = 0x20;
     constexpr uint32_t kUnmasked = 0, kRoundUp = 0x4000;
@@ -331,7 +331,7 @@ TEST(ContractEnvironment, LeavesNewFlagsVisible) {
     Inputs<double> inputs(*divide, 5, false);
     inputs.b[3] = 0;
     std::vector<double> r(5);
-    const Environment after = call_under<vm::Type_d>(
+    const Environment after = call_under<vector::Type_d>(
         {0, 0x37f}, *divide, divide->kernel(kernel_class, KAM_HA), inputs, r);
     EXPECT_EQ(after.mxcsr & 0x4, 0x4U) << "divide by zero, class " << kernel_class;
     EXPECT_TRUE(kernel_class == 5 || (after.mxcsr & 0x20) != 0)
@@ -380,7 +380,7 @@ int replace_result(KamErrorContext* context) {
 // reaches the output. Elements that are not in error are never reported.
 TEST_P(Contract, ReportsElementsInError) {
   const Subject& subject = GetParam();
-  for_each_kernel([&]<class Type>(Type, const Cell& cell, vm::KamKernel kernel) {
+  for_each_kernel([&]<class Type>(Type, const Cell& cell, vector::KamKernel kernel) {
     using Real = typename Type::Real;
     const int parts = subject.parts();
     const ErrorCase* error = find_error_case(subject, cell);
@@ -414,7 +414,7 @@ TEST_P(Contract, ReportsElementsInError) {
                          [](Real x, Real y) { return x == y || (std::isnan(x) && std::isnan(y)); }))
               << "at " << wrong[i];
         }
-        EXPECT_EQ(vm::status(), wrong.empty() ? KAM_STATUS_OK : error->status);
+        EXPECT_EQ(vector::status(), wrong.empty() ? KAM_STATUS_OK : error->status);
       }
       {
         const WordsScope words(cell.accuracy | KAM_ERRMODE_CALLBACK, replace_result);
@@ -432,7 +432,7 @@ TEST_P(Contract, ReportsElementsInError) {
 // In the mode without error handling nothing is reported and the results are the same.
 TEST_P(Contract, StaysSilentWithoutErrorHandling) {
   const Subject& subject = GetParam();
-  for_each_kernel([&]<class Type>(Type, const Cell& cell, vm::KamKernel kernel) {
+  for_each_kernel([&]<class Type>(Type, const Cell& cell, vector::KamKernel kernel) {
     using Real = typename Type::Real;
     const Inputs<Real> inputs(subject, kMaxCount, true);
     std::vector<Real> want(inputs.a.size()), r(want);
@@ -443,7 +443,7 @@ TEST_P(Contract, StaysSilentWithoutErrorHandling) {
     const WordsScope words(cell.accuracy | KAM_ERRMODE_NOERR);
     call<Type>(subject, kernel, kMaxCount, inputs.a.data(), inputs.b.data(), r.data());
     EXPECT_TRUE(same_bits(r.data(), want.data(), r.size()));
-    EXPECT_EQ(vm::status(), KAM_STATUS_OK);
+    EXPECT_EQ(vector::status(), KAM_STATUS_OK);
   });
 }
 

@@ -13,7 +13,7 @@
 // The scalar code as class 1 compiles it: the one without fused operations.
 #define ORBA_CLASS 1
 #define ORBA_CLASS_NAMESPACE exp_test
-#include "vm/kernels/explog/exp_kernel.h"
+#include "vector/kernels/explog/exp_kernel.h"
 
 #include "tests/support/kernel_subjects.h"
 
@@ -68,17 +68,17 @@ TEST(ExpWithoutErrorHandling, GivesTheSameResultsAndNoStatus) {
       for (const Cell& cell : cells(subject)) {
         for (const int kernel_class : cell.classes) {
           SCOPED_TRACE(subject.name() + " " + cell.name());
-          const vm::KamKernel kernel = subject.kernel(kernel_class, cell.accuracy);
+          const vector::KamKernel kernel = subject.kernel(kernel_class, cell.accuracy);
           std::vector<Real> ordinary(n), quiet(n);
           {
             const WordsScope words(cell.accuracy | KAM_ERRMODE_IGNORE);
             call<Type>(subject, kernel, n, a.data(), a.data(), ordinary.data());
-            EXPECT_NE(vm::status(), KAM_STATUS_OK);
+            EXPECT_NE(vector::status(), KAM_STATUS_OK);
           }
           {
             const WordsScope words(cell.accuracy | KAM_ERRMODE_NOERR);
             call<Type>(subject, kernel, n, a.data(), a.data(), quiet.data());
-            EXPECT_EQ(vm::status(), KAM_STATUS_OK);
+            EXPECT_EQ(vector::status(), KAM_STATUS_OK);
           }
           for (int i = 0; i < n; ++i) {
             const bool same = std::isnan(a[i]) ? std::isnan(quiet[i]) && std::isnan(ordinary[i])

@@ -13,7 +13,7 @@
 // The scalar code as class 1 compiles it: the one without fused operations.
 #define ORBA_CLASS 1
 #define ORBA_CLASS_NAMESPACE log_test
-#include "vm/kernels/explog/log1p_kernel.h"
+#include "vector/kernels/explog/log1p_kernel.h"
 
 #include "tests/support/kernel_subjects.h"
 

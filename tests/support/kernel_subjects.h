@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "serv/detect/detect.h"
-#include "vm/frame/rows.h"
-#include "vm/frame/shapes.h"
-#include "vm/frame/thread_words.h"
+#include "services/detect/detect.h"
+#include "vector/frame/rows.h"
+#include "vector/words/shapes.h"
+#include "vector/words/thread_words.h"
 
 namespace orba::test {
 
@@ -21,14 +21,14 @@ struct Subject {
   const char* function;
   char type;
   Shape shape;
-  const vm::KamKernelRow* row;
+  const vector::KamKernelRow* row;
 
   std::string name() const { return std::string("v") + type + function; }
   int operands() const { return shape == Shape::k2i_1o ? 2 : 1; }
   bool complex() const { return type == 'c' || type == 'z'; }
   int parts() const { return complex() ? 2 : 1; }
-  vm::KamKernel kernel(int kernel_class, uint32_t accuracy) const {
-    return row->kernel[vm::row_index(kernel_class, accuracy)];
+  vector::KamKernel kernel(int kernel_class, uint32_t accuracy) const {
+    return row->kernel[vector::row_index(kernel_class, accuracy)];
   }
 };
 
@@ -38,11 +38,11 @@ inline std::ostream& operator<<(std::ostream& stream, const Subject& subject) {
 
 inline const std::vector<Subject>& subjects() {
   static const std::vector<Subject> list = {
-#define ORBA_SUBJECT(t, Name, shape) {#Name, #t[0], Shape::k##shape, &vm::row_v##t##Name},
+#define ORBA_SUBJECT(t, Name, shape) {#Name, #t[0], Shape::k##shape, &vector::row_v##t##Name},
 #define ORBA_KAM_FUNCTION(Name, name, shape, types) \
   ORBA_KAM_TYPES(types)                             \
   (ORBA_SUBJECT, Name, shape)
-#include "vm/functions.def"
+#include "vector/functions.def"
 #undef ORBA_KAM_FUNCTION
 #undef ORBA_SUBJECT
   };
@@ -53,7 +53,7 @@ inline const std::vector<Subject>& subjects() {
 inline std::vector<int> live_classes() {
   std::vector<int> live;
   for (const int kernel_class : {0, 1, 2, 3, 5}) {
-    if (kernel_class <= serv::kam_class()) live.push_back(kernel_class);
+    if (kernel_class <= services::kam_class()) live.push_back(kernel_class);
   }
   return live;
 }
@@ -84,7 +84,7 @@ inline std::vector<Cell> cells(const Subject& subject) {
   for (const uint32_t accuracy : kAccuracies) {
     const size_t first = list.size();
     for (const int kernel_class : live_classes()) {
-      const vm::KamKernel kernel = subject.kernel(kernel_class, accuracy);
+      const vector::KamKernel kernel = subject.kernel(kernel_class, accuracy);
       size_t at = first;
       while (at < list.size() && subject.kernel(list[at].classes[0], accuracy) != kernel) ++at;
       if (at == list.size()) list.push_back({accuracy, {}});
@@ -99,20 +99,20 @@ template <class Action>
 decltype(auto) with_type(const Subject& subject, Action&& action) {
   switch (subject.type) {
     case 's':
-      return action(vm::Type_s{});
+      return action(vector::Type_s{});
     case 'd':
-      return action(vm::Type_d{});
+      return action(vector::Type_d{});
     case 'c':
-      return action(vm::Type_c{});
+      return action(vector::Type_c{});
     default:
-      return action(vm::Type_z{});
+      return action(vector::Type_z{});
   }
 }
 
 // Runs a kernel over arrays of reals (a complex element is two of them); b is ignored by functions
 // of one input.
 template <class Type>
-void call(const Subject& subject, vm::KamKernel kernel, int n, const typename Type::Real* a,
+void call(const Subject& subject, vector::KamKernel kernel, int n, const typename Type::Real* a,
           const typename Type::Real* b, typename Type::Real* r) {
   using Element = typename Type::Element;
   const auto* ea = reinterpret_cast<const Element*>(a);
@@ -120,9 +120,9 @@ void call(const Subject& subject, vm::KamKernel kernel, int n, const typename Ty
   auto* er = reinterpret_cast<Element*>(r);
   switch (subject.shape) {
     case Shape::k1i_1o:
-      return reinterpret_cast<vm::Kernel_1i_1o<Type>*>(kernel)(n, ea, er);
+      return reinterpret_cast<vector::Kernel_1i_1o<Type>*>(kernel)(n, ea, er);
     case Shape::k2i_1o:
-      return reinterpret_cast<vm::Kernel_2i_1o<Type>*>(kernel)(n, ea, eb, er);
+      return reinterpret_cast<vector::Kernel_2i_1o<Type>*>(kernel)(n, ea, eb, er);
   }
 }
 
@@ -130,15 +130,15 @@ void call(const Subject& subject, vm::KamKernel kernel, int n, const typename Ty
 class WordsScope {
  public:
   explicit WordsScope(uint32_t mode, KamErrorCallBack callback = nullptr)
-      : old_(vm::thread_words()) {
-    vm::thread_words() = {mode, KAM_STATUS_OK, callback, nullptr};
+      : old_(vector::thread_words()) {
+    vector::thread_words() = {mode, KAM_STATUS_OK, callback, nullptr};
   }
-  ~WordsScope() { vm::thread_words() = old_; }
+  ~WordsScope() { vector::thread_words() = old_; }
   WordsScope(const WordsScope&) = delete;
   WordsScope& operator=(const WordsScope&) = delete;
 
  private:
-  vm::KamThreadWords old_;
+  vector::KamThreadWords old_;
 };
 
 // Keeps the error reports that kernels make while it lives (mode with KAM_ERRMODE_CALLBACK).

@@ -18,11 +18,11 @@
 #include <vector>
 
 #include "include/orba_rau.h"
-#include "serv/memory.h"
-#include "serv/verbose.h"
-#include "vm/frame/parameter_reporter.h"
-#include "vs/brng/extensions.h"
-#include "vs/brng/table.h"
+#include "services/memory.h"
+#include "services/verbose.h"
+#include "statistics/streams/extensions.h"
+#include "statistics/streams/generators/table.h"
+#include "vector/frame/parameter_reporter.h"
 
 namespace {
 
@@ -97,7 +97,7 @@ void register_own() {
   };
   for (size_t i = 0; rauRegisterBrng(&rows[i % 4]) > 0; ++i) {
   }
-  require(rauGetNumRegBrngs() == vs::kMaxBrngs, "a table of 512 rows");
+  require(rauGetNumRegBrngs() == statistics::kMaxBrngs, "a table of 512 rows");
   reports = 0;
 }
 
@@ -174,7 +174,7 @@ class Session {
     for (Slot& slot : slots_) {
       if (slot.stream != nullptr) rauDeleteStream(&slot.stream);
     }
-    serv::verbose_level_word.store(0);
+    services::verbose_level_word.store(0);
     reports = 0;
   }
 
@@ -203,7 +203,7 @@ class Session {
       case 11:
         return split_skip();
       case 12:
-        serv::verbose_level_word.store(in_.below(2) != 0);
+        services::verbose_level_word.store(in_.below(2) != 0);
         return;
       default:
         return draw();
@@ -218,11 +218,11 @@ class Session {
   static constexpr uint32_t kSlots = 6;
 
   static const BrngProperties& row(const StreamState* stream) {
-    return *vs::find_brng(vs::running_class(), stream->brng);
+    return *statistics::find_brng(statistics::running_class(), stream->brng);
   }
   static std::string image(const StreamState* stream) {
     if (stream == nullptr) return {};
-    const auto size = static_cast<size_t>(vs::stream_block_size(row(stream)));
+    const auto size = static_cast<size_t>(statistics::stream_block_size(row(stream)));
     return {reinterpret_cast<const char*>(stream), size};
   }
   std::string image() const {
@@ -239,7 +239,7 @@ class Session {
   Slot* built_in() {
     Slot& found = slot();
     const bool good = found.stream != nullptr && found.own_state &&
-                      vs::resolve_brng(found.stream->brng).row < vs::kBuiltInBrngs;
+                      statistics::resolve_brng(found.stream->brng).row < statistics::kBuiltInBrngs;
     return good ? &found : nullptr;
   }
 
@@ -345,7 +345,7 @@ class Session {
     const int32_t status = CALL(rauGetBrngProperties, in_.brng(), target);
     require(status != 0 || properties.InitStream != nullptr, "a row has its entries");
     require(status == 0 || properties.InitStream == nullptr, "a refusal writes nothing");
-    require(CALL(rauGetNumRegBrngs) == vs::kMaxBrngs, "the table stays full");
+    require(CALL(rauGetNumRegBrngs) == statistics::kMaxBrngs, "the table stays full");
     require(image() == before, "a query changes nothing");
   }
 
@@ -362,12 +362,12 @@ class Session {
     Slot& target = slot();
     if (target.stream == nullptr) return;
     const uint32_t size = 1 + in_.byte(), id = in_.below(14);
-    if (in_.below(4) == 0) return vs::remove_extension(*target.stream, id);
-    void* data = serv::allocate(size, vs::kStreamAlignment);
+    if (in_.below(4) == 0) return statistics::remove_extension(*target.stream, id);
+    void* data = services::allocate(size, statistics::kStreamAlignment);
     memset(data, static_cast<int>(id), size);
-    const vs::SharedKey key = vs::make_shared_key(id);
-    if (vs::add_extension(*target.stream, id, in_.below(2) == 0 ? &key : nullptr, data, size) !=
-        0) {
+    const statistics::SharedKey key = statistics::make_shared_key(id);
+    if (statistics::add_extension(*target.stream, id, in_.below(2) == 0 ? &key : nullptr, data,
+                                  size) != 0) {
       abort();
     }
   }
@@ -476,7 +476,7 @@ class Session {
 
 void run(const uint8_t* data, size_t size) {
   static const bool ready = [] {
-    vm::install_reporter(count_report);
+    vector::install_reporter(count_report);
     setenv("ORBA_VERBOSE_OUTPUT_FILE", "/dev/null", 1);
     register_own();
     return true;

@@ -1,5 +1,5 @@
 // Writes the seed tables of the square-root callouts to standard output:
-//   tool_arith_seeds > vm/kernels/arith/seed_tables.h
+//   tool_arith_seeds > vector/kernels/arith/seed_tables.h
 #include <mpfr.h>
 
 #include <cstdio>

@@ -1,5 +1,5 @@
 // Writes the tables of the exponential functions to standard output:
-//   tool_exp_tables > vm/kernels/explog/exp_tables.h
+//   tool_exp_tables > vector/kernels/explog/exp_tables.h
 #include <mpfr.h>
 
 #include <cstdio>

@@ -1,5 +1,5 @@
 // Writes the constants and tables of the logarithms to standard output:
-//   tool_log_tables > vm/kernels/explog/log_tables.h
+//   tool_log_tables > vector/kernels/explog/log_tables.h
 #include <mpfr.h>
 
 #include <cmath>
@@ -168,7 +168,7 @@ int main() {
   std::printf(
       "// Written by tools/tables/log_tables.cpp; do not edit.\n// clang-format off\n#pragma "
       "once\n\n"
-      "#include \"vm/kernels/simd/lookup.h\"\n\n"
+      "#include \"vector/kernels/simd/lookup.h\"\n\n"
       "namespace orba::ORBA_CLASS_NAMESPACE {\nnamespace {\n\n"
       "// Logarithms of 2 in two words: hi a multiple of 2^-%d (float: 2^-%d), lo the rest to %d "
       "bits;\n"

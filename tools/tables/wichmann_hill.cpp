@@ -1,5 +1,5 @@
 // Writes the parameters of the 273 Wichmann-Hill generators to standard output:
-//   tool_wichmann_hill > vs/brng/wichmann_hill_table.h
+//   tool_wichmann_hill > statistics/streams/generators/wichmann_hill_table.h
 //
 // Four generators are given. The others take the remaining primes of the range from the top down,
 // four to a row: a prime joins the row if its (m - 1)/2 has no factor in common with those of the
@@ -97,7 +97,7 @@ int main() {
       "// clang-format off\n"
       "#pragma once\n\n"
       "#include <stdint.h>\n\n"
-      "namespace orba::vs {\n\n"
+      "namespace orba::statistics {\n\n"
       "// Moduli and multipliers of a Wichmann-Hill generator.\n"
       "struct WichmannHillSet {\n"
       "  uint32_t modulus[4];\n"
@@ -109,5 +109,5 @@ int main() {
     std::printf("    {{%u, %u, %u, %u}, {%u, %u, %u, %u}},\n", set.moduli[0], set.moduli[1],
                 set.moduli[2], set.moduli[3], set.multipliers[0], set.multipliers[1],
                 set.multipliers[2], set.multipliers[3]);
-  std::printf("};\n\n}  // namespace orba::vs\n");
+  std::printf("};\n\n}  // namespace orba::statistics\n");
 }

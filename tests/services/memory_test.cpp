@@ -1,0 +1,62 @@
+#include "services/memory.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+using namespace orba::services;
+
+TEST(Memory, AlignedAndWritable) {
+  const std::pair<int, uintptr_t> asked_and_given[] = {{-64, 64}, {0, 64},    {3, 64},     {32, 64},
+                                                       {96, 64},  {128, 128}, {4096, 4096}};
+  for (const auto& [asked, given] : asked_and_given) {
+    for (const uint64_t size : {1u, 63u, 1000u, 100000u}) {
+      void* blocks[] = {allocate(size, asked), allocate_plain(size, asked),
+                        allocate_zeroed(1, size, asked)};
+      for (void* block : blocks) {
+        ASSERT_NE(block, nullptr);
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(block) % given, 0u) << asked << ' ' << size;
+      }
+      const auto* zeroed = static_cast<const char*>(blocks[2]);
+      EXPECT_EQ(std::count(zeroed, zeroed + size, 0), static_cast<ptrdiff_t>(size));
+      for (void* block : blocks) memset(block, 0xFF, size);
+      free_memory(blocks[0]);
+      free_plain(blocks[1]);
+      free_memory(blocks[2]);
+    }
+  }
+}
+
+TEST(Memory, NullForWhatCannotBe) {
+  EXPECT_EQ(allocate(0, 64), nullptr);
+  EXPECT_EQ(allocate_plain(0, 64), nullptr);
+  EXPECT_EQ(allocate_zeroed(0, 8, 64), nullptr);
+  EXPECT_EQ(allocate_zeroed(8, 0, 64), nullptr);
+  EXPECT_EQ(allocate(UINT64_MAX, 64), nullptr);
+  EXPECT_EQ(allocate(UINT64_MAX - 100, 4096), nullptr);
+  EXPECT_EQ(allocate_zeroed(uint64_t{1} << 33, uint64_t{1} << 33, 64), nullptr);
+  free_memory(nullptr);
+}
+
+TEST(MemoryDeathTest, FastMemorySwitch) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  for (const char* value : {"", "1", "0", "a value longer than the buffer that it is read into"}) {
+    EXPECT_EXIT(
+        {
+          setenv("ORBA_DISABLE_FAST_MM", value, 1);
+          const bool first = fast_memory_disabled();
+          setenv("ORBA_DISABLE_FAST_MM", first ? "" : "1", 1);  // read once
+          _exit(first == fast_memory_disabled() ? first : 2);
+        },
+        testing::ExitedWithCode(*value != 0), "")
+        << value;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,389 @@
+#include "services/threads/thread_count.h"
+
+#include <gtest/gtest.h>
+#include <omp.h>
+#include <sched.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include <array>
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "services/environment.h"
+#include "services/platform/topology.h"
+#include "services/threads/policy.h"
+#include "services/threads/settings.h"
+#include "tests/support/observe.h"
+#include "tests/support/process.h"
+
+namespace orba::services {
+namespace {
+
+using platform::ProcessorCounts;
+using test::in_new_thread;
+using test::in_process_with;
+
+using Variables = std::map<std::string, std::string>;
+
+ThreadSettings read_from(const Variables& variables) {
+  static const Variables* environment;
+  environment = &variables;
+  return read_thread_settings([](const char* name, char* buffer, int size) {
+    const auto found = environment->find(name);
+    if (found == environment->end()) return 0;
+    const int length = static_cast<int>(found->second.size());
+    if (length >= size) {
+      memset(buffer, '7', static_cast<size_t>(size));
+      return -(length + 1);
+    }
+    memcpy(buffer, found->second.c_str(), static_cast<size_t>(length) + 1);
+    return length;
+  });
+}
+
+// ---- the environment ----
+
+// The words in one line, for comparison: counts of all, BLAS, FFT, KAM, SOLVER; the rest in order.
+std::array<int32_t, 10> words_of(const ThreadSettings& s) {
+  return {s.count[0], s.count[1], s.count[2],     s.count[3],           s.count[4],
+          s.stripes,  s.dynamic,  s.openmp_count, s.processes_per_node, s.mpi_thread_level};
+}
+
+TEST(ThreadSettings, Variables) {
+  struct Case {
+    Variables variables;
+    std::array<int32_t, 10> words;
+  };
+  const std::string too_long(256, '2');
+  const std::string longest = std::string(254, '0') + '2';
+  const Case cases[] = {
+      {{}, {-1, -1, -1, -1, -1, -1, 1, -1, -1, -1}},
+      // Thread counts: digits alone; anything else asks for one thread; 0 asks for nothing.
+      {{{"ORBA_NUM_THREADS", "4"}}, {4, -1, -1, -1, -1, -1, 1, -1, -1, -1}},
+      {{{"ORBA_NUM_THREADS", "abc"}}, {1, -1, -1, -1, -1, -1, 1, -1, -1, -1}},
+      {{{"ORBA_NUM_THREADS", " 4"}}, {1, -1, -1, -1, -1, -1, 1, -1, -1, -1}},
+      {{{"ORBA_NUM_THREADS", "-4"}}, {1, -1, -1, -1, -1, -1, 1, -1, -1, -1}},
+      {{{"ORBA_NUM_THREADS", "0"}}, {-1, -1, -1, -1, -1, -1, 1, -1, -1, -1}},
+      {{{"ORBA_NUM_THREADS", ""}}, {-1, -1, -1, -1, -1, -1, 1, -1, -1, -1}},
+      {{{"ORBA_NUM_THREADS", "99999999999999999999"}},
+       {INT32_MAX, -1, -1, -1, -1, -1, 1, -1, -1, -1}},
+      {{{"ORBA_NUM_THREADS", longest}}, {2, -1, -1, -1, -1, -1, 1, -1, -1, -1}},
+      {{{"ORBA_NUM_THREADS", too_long}}, {-1, -1, -1, -1, -1, -1, 1, -1, -1, -1}},
+      {{{"OMP_NUM_THREADS", "8"}}, {-1, -1, -1, -1, -1, -1, 1, 8, -1, -1}},
+      {{{"OMP_NUM_THREADS", "4,2"}}, {-1, -1, -1, -1, -1, -1, 1, 1, -1, -1}},
+      {{{"OMP_NUM_THREADS", "0"}}, {-1, -1, -1, -1, -1, -1, 1, -1, -1, -1}},
+      // Stripes: digits alone, 0 too.
+      {{{"ORBA_NUM_STRIPES", "3"}}, {-1, -1, -1, -1, -1, 3, 1, -1, -1, -1}},
+      {{{"ORBA_NUM_STRIPES", "0"}}, {-1, -1, -1, -1, -1, 0, 1, -1, -1, -1}},
+      {{{"ORBA_NUM_STRIPES", "3x"}}, {-1, -1, -1, -1, -1, -1, 1, -1, -1, -1}},
+      // MPI thread level: 0 to 3, everything else that is set is 0.
+      {{{"TSL_MPI_THREAD_LEVEL", "3"}}, {-1, -1, -1, -1, -1, -1, 1, -1, -1, 3}},
+      {{{"TSL_MPI_THREAD_LEVEL", "4"}}, {-1, -1, -1, -1, -1, -1, 1, -1, -1, 0}},
+      {{{"TSL_MPI_THREAD_LEVEL", "two"}}, {-1, -1, -1, -1, -1, -1, 1, -1, -1, 0}},
+  };
+  for (const Case& c : cases) {
+    const auto text = c.variables.empty() ? "" : c.variables.begin()->second;
+    EXPECT_EQ(words_of(read_from(c.variables)), c.words) << text;
+  }
+}
+
+TEST(ThreadSettings, DomainList) {
+  struct Case {
+    const char* list;
+    std::array<int32_t, kDomainCount> counts;  // all, BLAS, FFT, KAM, SOLVER
+  };
+  const Case cases[] = {
+      {"ORBA_DOMAIN_ALL=2, ORBA_DOMAIN_KAM=4", {2, -1, -1, 4, -1}},
+      {"ORBA_DOMAIN_ALL 2 ORBA_DOMAIN_KAM 4", {2, -1, -1, 4, -1}},
+      {"\"ORBA_DOMAIN_ALL=2;ORBA_DOMAIN_KAM=4\"", {2, -1, -1, 4, -1}},
+      {" ,;:'ORBA_DOMAIN_BLAS = = 1:ORBA_DOMAIN_FFT==2'", {-1, 1, 2, -1, -1}},
+      {"ORBA_DOMAIN_SOLVER=5,ORBA_DOMAIN_SOLVER=6", {-1, -1, -1, -1, 5}},  // the first stands
+      {"ORBA_DOMAIN_KAM=0,ORBA_DOMAIN_KAM=3", {-1, -1, -1, 3, -1}},        // 0 is no value
+      {"ORBA_DOMAIN_KAM=four", {-1, -1, -1, 1, -1}},
+      {"ORBA_DOMAIN_KAM=4x,ORBA_DOMAIN_FFT=2", {-1, -1, 2, 1, -1}},
+      {"ORBA_DOMAIN_KAM", {-1, -1, -1, 1, -1}},
+      {"ORBA_DOMAIN_KAM=", {-1, -1, -1, 1, -1}},
+      {"ORBA_DOMAIN_KAM=,ORBA_DOMAIN_FFT=2", {-1, -1, 2, 1, -1}},
+      {"orba_domain_kam=4", {-1, -1, -1, -1, -1}},
+      {"ORBA_DOMAIN_PDE=9,ORBA_DOMAIN_KAM=4", {-1, -1, -1, 4, -1}},
+      {"=2,ORBA_DOMAIN_KAM=4", {-1, -1, -1, -1, -1}},  // an empty key ends the list
+      {"ORBA_DOMAIN_ALL=2,,=,ORBA_DOMAIN_KAM=4", {2, -1, -1, -1, -1}},
+      {"ORBA_DOMAIN_KAM,4", {-1, -1, -1, -1, -1}},  // only = or a blank ends a key
+      {"'\"", {-1, -1, -1, -1, -1}},
+  };
+  for (const Case& c : cases) {
+    const ThreadSettings settings = read_from({{"ORBA_DOMAIN_NUM_THREADS", c.list}});
+    EXPECT_EQ(std::to_array(settings.count), c.counts) << c.list;
+  }
+  const ThreadSettings both =
+      read_from({{"ORBA_NUM_THREADS", "4"}, {"ORBA_DOMAIN_NUM_THREADS", "ORBA_DOMAIN_ALL=2"}});
+  EXPECT_EQ(both.count[0], 4);
+}
+
+TEST(ThreadSettings, Dynamic) {
+  for (const char* off : {"FALSE", "false", " 'FALSE'", "\"false\" x"}) {
+    EXPECT_EQ(read_from({{"ORBA_DYNAMIC", off}}).dynamic, 0) << off;
+  }
+  for (const char* on : {"", "TRUE", "False", "FALSE,", "FALSEX", "0", " "}) {
+    EXPECT_EQ(read_from({{"ORBA_DYNAMIC", on}}).dynamic, 1) << on;
+  }
+}
+
+TEST(ThreadSettings, ProcessesPerNode) {
+  struct Case {
+    Variables variables;
+    int32_t processes;
+  };
+  const Case cases[] = {
+      {{{"ORBA_MPI_PPN", "4"}}, 4},
+      {{{"ORBA_MPI_PPN", " +4"}}, 4},
+      {{{"ORBA_MPI_PPN", "4 "}}, -1},
+      {{{"ORBA_MPI_PPN", "0"}}, -1},
+      {{{"ORBA_MPI_PPN", "-2"}}, -1},
+      {{{"ORBA_MPI_PPN", "99999999999"}}, INT32_MAX},
+      {{{"TSL_MPI_NUMBER_OF_MPI_PROCESSES_PER_NODE", "3"}}, 3},
+      {{{"TSL_MPI_PIN_MAPPING", "6:0 0,1 1"}}, 6},
+      {{{"TSL_MPI_PIN_MAPPING", "6"}}, -1},
+      {{{"OMPI_COMM_WORLD_LOCAL_SIZE", "7"}}, 7},
+      {{{"MPI_LOCALNRANKS", "8"}}, 8},
+      {{{"MPI_LOCALNRANKS", "8:"}}, -1},
+      {{{"MPI_LOCALNRANKS", "8"}, {"TSL_MPI_PIN_MAPPING", "6:"}}, 6},
+      {{{"MPI_LOCALNRANKS", "8"}, {"ORBA_MPI_PPN", "4"}, {"TSL_MPI_PIN_MAPPING", "6:"}}, 4},
+      {{{"MPI_LOCALNRANKS", "8"}, {"ORBA_MPI_PPN", "four"}}, 8},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(read_from(c.variables).processes_per_node, c.processes)
+        << c.variables.begin()->second;
+  }
+}
+
+// ---- counts ----
+
+int32_t count(Domain domain, int32_t cores, const Variables& variables, bool in_parallel = false) {
+  static bool now_in_parallel;
+  now_in_parallel = in_parallel;
+  const OpenMpQueries openmp = {[] { return now_in_parallel; }, [] { return 12; }};
+  return count_threads(domain, read_from(variables), cores, openmp);
+}
+
+TEST(ThreadPolicy, Count) {
+  using enum Domain;
+  const Variables kam3 = {{"ORBA_NUM_THREADS", "2"},
+                          {"ORBA_DOMAIN_NUM_THREADS", "ORBA_DOMAIN_KAM=3"}};
+  EXPECT_EQ(count(kam, 8, kam3), 3);
+  EXPECT_EQ(count(blas, 8, kam3), 2);
+  EXPECT_EQ(count(all, 8, kam3), 2);
+  EXPECT_EQ(count(kam, 2, kam3), 2);  // no more than cores
+  EXPECT_EQ(count(kam, 8, kam3, true), 1);
+  EXPECT_EQ(count(kam, 16, {}), 12);  // the runtime's
+  EXPECT_EQ(count(kam, 8, {}), 8);
+
+  // Taken as they stand.
+  const Variables fixed = {{"ORBA_DYNAMIC", "false"}, {"ORBA_NUM_THREADS", "16"}};
+  EXPECT_EQ(count(kam, 8, fixed), 16);
+  EXPECT_EQ(count(kam, 8, fixed, true), 16);
+  EXPECT_EQ(count(kam, 8, {{"ORBA_DYNAMIC", "false"}}), 12);
+}
+
+TEST(ThreadPolicy, CountInMpiJob) {
+  const auto shared = [](Variables more, int32_t cores = 16) {
+    more.emplace("ORBA_MPI_PPN", "4");
+    return count(Domain::kam, cores, more);
+  };
+  EXPECT_EQ(shared({{"TSL_MPI_THREAD_LEVEL", "1"}}), 4);
+  EXPECT_EQ(shared({{"TSL_MPI_THREAD_LEVEL", "3"}}, 64), 12);  // the runtime's stays the limit
+  EXPECT_EQ(shared({{"TSL_MPI_THREAD_LEVEL", "3"}}, 7), 1);
+  EXPECT_EQ(shared({{"TSL_MPI_THREAD_LEVEL", "0"}}), 1);
+  EXPECT_EQ(shared({}), 1);
+  // Who asks for threads gets them.
+  EXPECT_EQ(shared({{"OMP_NUM_THREADS", "3"}}), 12);
+  EXPECT_EQ(shared({{"ORBA_NUM_THREADS", "6"}}), 6);
+  EXPECT_EQ(shared({{"ORBA_DYNAMIC", "FALSE"}}), 12);
+}
+
+TEST(ThreadPolicy, BalanceFactor) {
+  struct Case {
+    ProcessorCounts processors;
+    double cost;  // of an average pair; by hand
+  };
+  const Case cases[] = {
+      {{2, 2, 1}, 60000.0},
+      {{2, 1, 1}, 500000.0},
+      {{2, 2, 2}, 9000.0},
+      {{64, 64, 1}, 60000.0},
+      {{8, 4, 2}, (4 * 9000.0 + 2 * 60000.0 + 1 * 500000.0) / 7},
+      {{128, 64, 2}, (64 * 9000.0 + 62 * 60000.0 + 1 * 500000.0) / 127},
+      {{7, 5, 2}, (3 * 9000.0 + 1 * 60000.0) / 6},  // uneven: whole parts only
+  };
+  for (const Case& c : cases) {
+    EXPECT_FLOAT_EQ(balance_factor(c.processors), static_cast<float>(2.0 / c.cost))
+        << c.processors.logical << ' ' << c.processors.cores << ' ' << c.processors.nodes;
+  }
+  EXPECT_EQ(balance_factor({1, 1, 1}), 0.0f);
+}
+
+TEST(ThreadPolicy, Balance) {
+  struct Case {
+    int32_t threads, n;
+    float hint, factor;
+    int32_t balanced;
+  };
+  constexpr float kTwoCores = 2.0f / 60000.0f;
+  const Case cases[] = {
+      {2, 1000000, 1.4f, kTwoCores, 2},       {8, 100000, 1.0f, kTwoCores, 3},
+      {8, 59999, 1.0f, kTwoCores, 1},         {8, 60001, 1.0f, kTwoCores, 2},
+      {8, 100, 0.1f, kTwoCores, 1},           {8, INT32_MAX, 1792.66f, 2.0f / 9000.0f, 8},
+      {8, 1000000, 100.0f, 0.0f, 1},  // a single processor
+      {INT32_MAX, 90000, 1.0f, kTwoCores, 3},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(balance(c.threads, c.n, c.hint, c.factor), c.balanced) << c.n << ' ' << c.hint;
+  }
+}
+
+// ---- the machine ----
+
+// A made-up /sys/devices/system: eight cores with two hardware threads each, i and i + 8, on two
+// nodes of odd and even cores; a third node has memory only.
+class MadeUpMachine {
+ public:
+  MadeUpMachine()
+      : root_(std::filesystem::temp_directory_path() / ("orba-" + std::to_string(getpid()))) {
+    for (int i = 0; i < 16; ++i) {
+      write("cpu/cpu" + std::to_string(i) + "/topology/thread_siblings_list",
+            std::to_string(i % 8) + ',' + std::to_string(i % 8 + 8));
+    }
+    write("node/online", "0-2");
+    write("node/node0/cpulist", "0,2,4,6,8,10,12,14");
+    write("node/node1/cpulist", "1,3,5,7,9,11,13,15");
+    write("node/node2/cpulist", "");
+  }
+  ~MadeUpMachine() { std::filesystem::remove_all(root_); }
+
+  std::array<int32_t, 3> count(const char* bits) const {
+    const ProcessorCounts counts =
+        platform::count_processors(platform::ProcessorSet(bits), root_.c_str());
+    return {counts.logical, counts.cores, counts.nodes};
+  }
+
+ private:
+  void write(const std::string& file, const std::string& text) {
+    std::filesystem::create_directories((root_ / file).parent_path());
+    std::ofstream(root_ / file) << text << '\n';
+  }
+  std::filesystem::path root_;
+};
+
+TEST(Topology, MadeUpMachine) {
+  const MadeUpMachine machine;
+  using Counts = std::array<int32_t, 3>;
+  EXPECT_EQ(machine.count("1111111111111111"), (Counts{16, 8, 2}));
+  EXPECT_EQ(machine.count("0000000011111111"), (Counts{8, 8, 2}));
+  EXPECT_EQ(machine.count("1111111100000000"), (Counts{8, 8, 2}));
+  EXPECT_EQ(machine.count("0000010100000101"), (Counts{4, 2, 1}));  // 0, 2 and their siblings
+  EXPECT_EQ(machine.count("1000000000000000"), (Counts{1, 1, 1}));
+  EXPECT_EQ(machine.count("0"), (Counts{1, 1, 1}));
+}
+
+TEST(Topology, ThisMachine) {
+  cpu_set_t set;
+  ASSERT_EQ(sched_getaffinity(0, sizeof set, &set), 0);
+  const platform::ProcessorSet allowed = platform::allowed_processors();
+  EXPECT_EQ(allowed.count(), static_cast<size_t>(CPU_COUNT(&set)));
+  for (size_t i = 0; i < CPU_SETSIZE; ++i) EXPECT_EQ(allowed[i], CPU_ISSET(i, &set) != 0);
+
+  const ProcessorCounts counts = platform::count_processors(allowed);
+  EXPECT_EQ(counts.logical, CPU_COUNT(&set));
+  EXPECT_LE(1, counts.nodes);
+  EXPECT_LE(counts.nodes, counts.cores);
+  EXPECT_LE(counts.cores, counts.logical);
+  // Without a description of the machine each processor is a core of one node.
+  const ProcessorCounts bare = platform::count_processors(allowed, "/nowhere");
+  EXPECT_EQ(bare.cores, bare.logical);
+  EXPECT_EQ(bare.nodes, 1);
+}
+
+// ---- the process ----
+
+TEST(ThreadCount, Words) {
+  if (!in_process_with("ORBA_DYNAMIC=FALSE ORBA_NUM_THREADS=5 ORBA_NUM_STRIPES=7 "
+                       "ORBA_DOMAIN_NUM_THREADS=ORBA_DOMAIN_KAM=3")) {
+    return;
+  }
+  // All at once for the first query.
+  constexpr int kThreads = 8;
+  std::atomic<int> waiting{kThreads};
+  std::atomic<int> agreeing{0};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&] {
+      waiting.fetch_sub(1);
+      while (waiting.load() > 0) {
+      }
+      agreeing += thread_count(Domain::kam) == 3 && thread_count(Domain::fft) == 5 &&
+                  !dynamic_threads() && stripe_count() == 7;
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(agreeing, kThreads);
+
+  setenv("ORBA_NUM_THREADS", "9", 1);  // too late to matter
+  EXPECT_EQ(thread_count(Domain::all), 5);
+
+  const ProcessorCounts machine = platform::count_processors(platform::allowed_processors());
+  EXPECT_EQ(logical_processors(), machine.logical);
+  EXPECT_EQ(node_count(), machine.nodes);
+  EXPECT_EQ(cores_per_node(), machine.cores / machine.nodes);
+
+  EXPECT_EQ(set_local_thread_count(2), 0);
+  EXPECT_EQ(thread_count(Domain::kam), 2);
+  EXPECT_EQ(in_new_thread([] { return thread_count(Domain::kam); }), 3);
+  EXPECT_EQ(set_local_thread_count(0), 2);
+  EXPECT_EQ(thread_count(Domain::kam), 3);
+
+  int32_t balanced = 4;
+  EXPECT_EQ(balance_threads(&balanced, 1, 0.0f), 1);
+  EXPECT_EQ(balanced, 1);
+}
+
+TEST(ThreadCount, FirstQueryKeepsErrno) {
+  if (!in_process_with("ORBA_MPI_PPN=99999999999999999999999")) return;
+  errno = 33;
+  thread_count(Domain::kam);
+  const int left = errno;
+  EXPECT_EQ(left, 33);
+}
+
+// A runtime that binds its threads pins the first one to a single place.
+TEST(ThreadCount, BoundThreads) {
+  cpu_set_t set;
+  ASSERT_EQ(sched_getaffinity(0, sizeof set, &set), 0);
+  if (!in_process_with("OMP_PROC_BIND=true PROCESSORS=" + std::to_string(CPU_COUNT(&set)))) return;
+  EXPECT_EQ(std::to_string(logical_processors()), getenv("PROCESSORS"));
+}
+
+TEST(ThreadCount, InParallelRegion) {
+  if (!in_process_with("ORBA_NUM_THREADS=2")) return;
+  int32_t counts[2] = {}, local[2] = {};
+#pragma omp parallel num_threads(2)
+  {
+    const int id = omp_get_thread_num();
+    counts[id] = thread_count(Domain::kam);
+    set_local_thread_count(3);
+    local[id] = thread_count(Domain::kam);
+    set_local_thread_count(0);
+  }
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(counts[i], 1);
+    EXPECT_EQ(local[i], 3);
+  }
+}
+
+}  // namespace
+}  // namespace orba::services

@@ -1,0 +1,13 @@
+// Log10: decimal logarithm. KAM_STATUS_SING at both zeros, KAM_STATUS_ERRDOM below.
+#include "vector/kernels/explog/log_kernel.h"
+
+namespace orba::ORBA_CLASS_NAMESPACE {
+namespace {
+
+template <class V, Accuracy accuracy>
+using Log10Kernel = LogKernel<Decimal, V, accuracy>;
+
+}  // namespace
+}  // namespace orba::ORBA_CLASS_NAMESPACE
+
+ORBA_LOG_KERNELS(Log10, Log10Kernel)

@@ -1,0 +1,128 @@
+// Log1p: ln(1 + a). KAM_STATUS_SING at -1, KAM_STATUS_ERRDOM below.
+//
+// s = 1 + x and what its rounding lost, l, are reduced together: with c near 1/s for the exact
+// e = c*s - 1, the argument of the series is f = e + c*l, and its rounding error joins the tail.
+// Near x = 0 c is 1 and f is x itself.
+//
+// class      0, 1, 2                        3, 5
+// HA         compensated sum                compensated sum
+// LA         as HA                          plain sum for e; c*l*(1 - e) joins the tail
+// EP         one word, f rounded once       the same, f = c*x + (c - 1)
+//
+// Single precision on classes 0 to 2: the EP computation in double at all accuracies.
+#pragma once
+
+#include "vector/kernels/explog/log_kernel.h"
+
+namespace orba::ORBA_CLASS_NAMESPACE {
+namespace {
+
+// 1 + x = hi + lo, exact for x below 2^53 (2^24), and above to more than the result can tell.
+template <class V>
+ORBA_INLINE Pair<V> one_plus(V x) {
+  const V s = 1 + x;
+  return {s, x - (s - 1)};
+}
+
+// The sign of a zero is the only one that the sum may lose.
+#if ORBA_CLASS == 5
+ORBA_INLINE F64 with_sign_of(F64 x, F64 y) {
+  constexpr int or_of_and = 0xf8;  // a | (b & c)
+  return as_float(
+      I64(_mm512_ternarylogic_epi64(as_bits(y).v, as_bits(x).v, I64(INT64_MIN).v, or_of_and)));
+}
+ORBA_INLINE F32 with_sign_of(F32 x, F32 y) {
+  constexpr int or_of_and = 0xf8;
+  return as_float(
+      I32(_mm512_ternarylogic_epi32(as_bits(y).v, as_bits(x).v, I32(INT32_MIN).v, or_of_and)));
+}
+#else
+template <class V>
+ORBA_INLINE V with_sign_of(V x, V y) {
+  return as_float(as_bits(y) | (as_bits(x) & as_bits(V(-0.0f))));
+}
+#endif
+
+// Lanes whose 1 + x isn't positive and normal, or so large that the reciprocal is not.
+template <class Data>
+ORBA_INLINE M64 special(const LogReduction<Data, F64>& reduction, F64 s) {
+  if constexpr (Data::reciprocal == Reciprocal::kApproximate) return reduction.special();
+  return outside(as_bits(s), 0x00100000, 0x7f3fffff);
+}
+template <class Data>
+ORBA_INLINE M32 special(const LogReduction<Data, F32>& reduction, F32 s) {
+  if constexpr (Data::reciprocal == Reciprocal::kApproximate) return reduction.special();
+  return outside(as_bits(s), 0x00800000, 0x7e7fffff);
+}
+
+template <class Data, Accuracy accuracy, class V>
+ORBA_INLINE V log1p_of(V x, typename V::Mask& flag) {
+  const Pair<V> s = one_plus(x);
+  const LogReduction<Data, V> reduction(s.hi);
+  flag = flag | special(reduction, s.hi);
+  const V c = reduction.c(s.hi);
+  if constexpr (accuracy == kEp) {
+    const V f = kFused ? mul_add(c, x, c - 1) : excess(c, s.hi) + c * s.lo;
+    return with_sign_of(x, log_sum_ep<Data>(reduction.rounded_log(), f));
+  } else {
+    const V e = excess(c, s.hi);
+    Pair<V> log = reduction.log();
+    if constexpr (accuracy == kLa) {
+      log.lo = mul_add(s.lo, neg_mul_add(c, e, c), log.lo);  // log(1 + f) - log(1 + e)
+      return with_sign_of(x, log_sum<Data, kLa>(log, e));
+    }
+    const V rest = c * s.lo;
+    const V f = e + rest;
+    log.lo = log.lo + (rest - (f - e));
+    return with_sign_of(x, log_sum<Data, kHa>(log, f));
+  }
+}
+
+ORBA_COLD int32_t log1p_callout(const double* a, double* r) {
+  const double x = *a;
+  if (x > -1 && x < pow2(1000)) {
+    M64 flag;
+    *r = first_lane(log1p_of<Natural256, kHa>(F64(x), flag));
+    return kOk;
+  }
+  if (x == -1) {
+    *r = -1.0 / (x + 1);
+    return kSing;
+  }
+  return log_callout<Natural256>(a, r);  // of x as it is: too large to notice 1, or no number > -1
+}
+
+template <class V>
+struct Log1pCallout;
+template <>
+struct Log1pCallout<F64> {
+  static int32_t callout(const double* a, double* r) { return log1p_callout(a, r); }
+};
+template <>
+struct Log1pCallout<F32> {
+  static int32_t callout(const float* a, float* r) { return narrowed(log1p_callout, a, r); }
+};
+
+template <class V, Accuracy accuracy>
+struct Log1pKernel : Log1pCallout<V> {
+  using In = typename V::Element;
+  using Out = In;
+  using Flag = typename V::Mask;
+  static constexpr int inputs = 1;
+  static constexpr int outputs = 1;
+  static constexpr int unroll = 2;
+
+  ORBA_INLINE static V eval(V x, Flag& flag) {
+    if constexpr (kClass < 3 && sizeof(In) == 4) {
+      flag = flag | not_positive_normal(1 + x);
+      M64 unused;
+      return narrow(log1p_of<Natural256, kEp>(widen_low(x), unused),
+                    log1p_of<Natural256, kEp>(widen_high(x), unused));
+    } else {
+      return log1p_of<Natural::Log1pData<V>, accuracy>(x, flag);
+    }
+  }
+};
+
+}  // namespace
+}  // namespace orba::ORBA_CLASS_NAMESPACE

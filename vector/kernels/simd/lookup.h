@@ -1,0 +1,226 @@
+// Table look-up, one interface on every class:
+//
+//   Table<E, rows>        rows of one number             lookup(table, index) -> vector
+//   PairTable<E, rows>    rows of a head and a tail      lookup(table, index) -> Pair of vectors
+//
+// With a power of two of rows the index counts modulo that number, so the bits of a shifted sum
+// serve as they are; with any other number of rows the index has to lie in the table.
+//
+// Small tables live in registers: on class 5 up to 32 rows, on class 3 up to 16 rows of floats.
+// Others are read from memory, on classes 0 to 3 by scalar loads: no slower than a gather
+// instruction, and a pair then costs little more than a single number.
+#pragma once
+
+#include "vector/kernels/simd/pair_arithmetic.h"
+#include "vector/kernels/simd/simd.h"
+
+namespace orba::ORBA_CLASS_NAMESPACE {
+namespace {
+
+template <class E, int rows>
+struct Table {
+  static constexpr bool in_registers =
+      kClass == 5 ? rows <= 32 : kClass == 3 && sizeof(E) == 4 && rows <= 16;
+  static constexpr bool wraps = (rows & (rows - 1)) == 0;
+  alignas(64) E row[rows];
+};
+
+// Rows are given in pairs and kept as the class reads them best.
+template <class E, int rows>
+struct PairTable {
+  static constexpr bool in_registers = Table<E, rows>::in_registers;
+  static constexpr bool wraps = Table<E, rows>::wraps;
+  alignas(64) E data[2 * rows];
+  constexpr PairTable(const E (&pairs)[rows][2]) : data{} {
+    for (int i = 0; i < rows; ++i) {
+      data[in_registers ? i : 2 * i] = pairs[i][0];
+      data[in_registers ? rows + i : 2 * i + 1] = pairs[i][1];
+    }
+  }
+};
+
+#if ORBA_CLASS == 5
+
+template <int rows>
+ORBA_INLINE F64 lookup_in_registers(const double* row, I64 index) {
+  static_assert(rows == 8 || rows == 16 || rows == 32);
+  if constexpr (rows == 8) {
+    return _mm512_maskz_permutexvar_pd(0xff, index.v, _mm512_load_pd(row));
+  } else if constexpr (rows == 16) {
+    return _mm512_permutex2var_pd(_mm512_load_pd(row), index.v, _mm512_load_pd(row + 8));
+  } else {
+    const M64 upper = {_mm512_test_epi64_mask(index.v, _mm512_set1_epi64(16))};
+    return select(upper, lookup_in_registers<16>(row + 16, index),
+                  lookup_in_registers<16>(row, index));
+  }
+}
+template <int rows>
+ORBA_INLINE F32 lookup_in_registers(const float* row, I32 index) {
+  static_assert(rows == 16 || rows == 32);
+  if constexpr (rows == 16)
+    return _mm512_maskz_permutexvar_ps(0xffff, index.v, _mm512_load_ps(row));
+  else
+    return _mm512_permutex2var_ps(_mm512_load_ps(row), index.v, _mm512_load_ps(row + 16));
+}
+
+// Masked forms, here and above, have a defined source operand: no false dependence of gathers, and
+// no warning of g++ 12 about the undefined one inside its own intrinsics.
+ORBA_INLINE F64 lookup_in_memory(const double* row, I64 index) {
+  return _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xff, index.v, row, 8);
+}
+ORBA_INLINE F32 lookup_in_memory(const float* row, I32 index) {
+  return _mm512_mask_i32gather_ps(_mm512_setzero_ps(), 0xffff, index.v, row, 4);
+}
+template <class E, class I>
+ORBA_INLINE auto lookup_pairs(const E* row, I index) {
+  const auto hi = lookup_in_memory(row, index + index);
+  return Pair<decltype(hi + hi)>{hi, lookup_in_memory(row + 1, index + index)};
+}
+
+#else
+
+#  if ORBA_CLASS == 3
+
+template <int rows>
+ORBA_INLINE F32 lookup_in_registers(const float* row, I32 index) {
+  static_assert(rows == 8 || rows == 16);
+  const __m256 low = _mm256_permutevar8x32_ps(_mm256_load_ps(row), index.v);
+  if constexpr (rows == 8) return low;
+  const __m256 high = _mm256_permutevar8x32_ps(_mm256_load_ps(row + 8), index.v);
+  return _mm256_blendv_ps(low, high, _mm256_castsi256_ps(_mm256_slli_epi32(index.v, 28)));
+}
+
+#  endif
+
+// Indices as scalars, from vectors of 128 bits.
+struct Indices2 {
+  uint32_t i0, i1;
+};
+struct Indices4 {
+  uint32_t i0, i1, i2, i3;
+};
+ORBA_INLINE Indices2 indices64(__m128i index) {
+#  if ORBA_CLASS >= 2
+  return {static_cast<uint32_t>(_mm_cvtsi128_si32(index)),
+          static_cast<uint32_t>(_mm_extract_epi32(index, 2))};
+#  else
+  return {static_cast<uint32_t>(_mm_cvtsi128_si32(index)),
+          static_cast<uint32_t>(_mm_extract_epi16(index, 4))};
+#  endif
+}
+ORBA_INLINE Indices4 indices32(__m128i index) {
+  const uint64_t low = static_cast<uint64_t>(_mm_cvtsi128_si64(index));
+#  if ORBA_CLASS >= 2
+  const uint64_t high = static_cast<uint64_t>(_mm_extract_epi64(index, 1));
+#  else
+  const uint64_t high = static_cast<uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(index, index)));
+#  endif
+  return {static_cast<uint32_t>(low), static_cast<uint32_t>(low >> 32), static_cast<uint32_t>(high),
+          static_cast<uint32_t>(high >> 32)};
+}
+
+ORBA_INLINE __m128d load_rows(const double* row, __m128i index) {
+  const Indices2 i = indices64(index);
+  return _mm_loadh_pd(_mm_load_sd(row + i.i0), row + i.i1);
+}
+ORBA_INLINE __m128 load_rows(const float* row, Indices4 i) {
+  return _mm_movelh_ps(_mm_unpacklo_ps(_mm_load_ss(row + i.i0), _mm_load_ss(row + i.i1)),
+                       _mm_unpacklo_ps(_mm_load_ss(row + i.i2), _mm_load_ss(row + i.i3)));
+}
+// Rows of two floats as one 64-bit piece each: (hi0, lo0, hi1, lo1). Indices of pairs count
+// numbers, not rows.
+ORBA_INLINE __m128 load_row_pairs(const float* row, uint32_t i, uint32_t j) {
+  const __m128 first = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(row + i)));
+  return _mm_loadh_pi(first, reinterpret_cast<const __m64*>(row + j));
+}
+
+#  if ORBA_CLASS == 3
+
+ORBA_INLINE F64 lookup_in_memory(const double* row, I64 index) {
+  return _mm256_set_m128d(load_rows(row, _mm256_extracti128_si256(index.v, 1)),
+                          load_rows(row, _mm256_castsi256_si128(index.v)));
+}
+ORBA_INLINE F32 lookup_in_memory(const float* row, I32 index) {
+  return _mm256_set_m128(load_rows(row, indices32(_mm256_extracti128_si256(index.v, 1))),
+                         load_rows(row, indices32(_mm256_castsi256_si128(index.v))));
+}
+ORBA_INLINE Pair<F64> lookup_pairs(const double* row, I64 index) {
+  index = index + index;
+  const Indices2 low = indices64(_mm256_castsi256_si128(index.v));
+  const Indices2 high = indices64(_mm256_extracti128_si256(index.v, 1));
+  const __m256d even = _mm256_set_m128d(_mm_load_pd(row + high.i0), _mm_load_pd(row + low.i0));
+  const __m256d odd = _mm256_set_m128d(_mm_load_pd(row + high.i1), _mm_load_pd(row + low.i1));
+  return {_mm256_unpacklo_pd(even, odd), _mm256_unpackhi_pd(even, odd)};
+}
+ORBA_INLINE Pair<F32> lookup_pairs(const float* row, I32 index) {
+  index = index + index;
+  const Indices4 low = indices32(_mm256_castsi256_si128(index.v));
+  const Indices4 high = indices32(_mm256_extracti128_si256(index.v, 1));
+  const __m256 a =
+      _mm256_set_m128(load_row_pairs(row, high.i0, high.i1), load_row_pairs(row, low.i0, low.i1));
+  const __m256 b =
+      _mm256_set_m128(load_row_pairs(row, high.i2, high.i3), load_row_pairs(row, low.i2, low.i3));
+  return {_mm256_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0)),
+          _mm256_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1))};
+}
+
+#  else
+
+ORBA_INLINE F64 lookup_in_memory(const double* row, I64 index) { return load_rows(row, index.v); }
+ORBA_INLINE F32 lookup_in_memory(const float* row, I32 index) {
+  return load_rows(row, indices32(index.v));
+}
+ORBA_INLINE Pair<F64> lookup_pairs(const double* row, I64 index) {
+  index = index + index;
+  const Indices2 i = indices64(index.v);
+  const __m128d first = _mm_load_pd(row + i.i0), second = _mm_load_pd(row + i.i1);
+  return {_mm_unpacklo_pd(first, second), _mm_unpackhi_pd(first, second)};
+}
+ORBA_INLINE Pair<F32> lookup_pairs(const float* row, I32 index) {
+  index = index + index;
+  const Indices4 i = indices32(index.v);
+  const __m128 a = load_row_pairs(row, i.i0, i.i1), b = load_row_pairs(row, i.i2, i.i3);
+  return {_mm_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0)),
+          _mm_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1))};
+}
+
+#  endif
+#endif
+
+template <int rows>
+ORBA_INLINE F64 lookup(const Table<double, rows>& table, I64 index) {
+  using T = Table<double, rows>;
+  if constexpr (T::in_registers)
+    return lookup_in_registers<rows>(table.row, index);
+  else
+    return lookup_in_memory(table.row, T::wraps ? index & I64(rows - 1) : index);
+}
+template <int rows>
+ORBA_INLINE F32 lookup(const Table<float, rows>& table, I32 index) {
+  using T = Table<float, rows>;
+  if constexpr (T::in_registers)
+    return lookup_in_registers<rows>(table.row, index);
+  else
+    return lookup_in_memory(table.row, T::wraps ? index & I32(rows - 1) : index);
+}
+template <int rows>
+ORBA_INLINE Pair<F64> lookup(const PairTable<double, rows>& table, I64 index) {
+  using T = PairTable<double, rows>;
+  if constexpr (T::in_registers)
+    return {lookup_in_registers<rows>(table.data, index),
+            lookup_in_registers<rows>(table.data + rows, index)};
+  else
+    return lookup_pairs(table.data, T::wraps ? index & I64(rows - 1) : index);
+}
+template <int rows>
+ORBA_INLINE Pair<F32> lookup(const PairTable<float, rows>& table, I32 index) {
+  using T = PairTable<float, rows>;
+  if constexpr (T::in_registers)
+    return {lookup_in_registers<rows>(table.data, index),
+            lookup_in_registers<rows>(table.data + rows, index)};
+  else
+    return lookup_pairs(table.data, T::wraps ? index & I32(rows - 1) : index);
+}
+
+}  // namespace
+}  // namespace orba::ORBA_CLASS_NAMESPACE
