@@ -16,8 +16,12 @@ target_compile_options(orba_class_warnings INTERFACE
   -Wno-unused-function $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>
   $<$<CXX_COMPILER_ID:Clang>:-Wno-unused-const-variable>)
 
-# Instruction sets of the kernel classes; class 4 is an empty slot.
-set(ORBA_KERNEL_CLASSES 0 1 2 3 5)
+# The processor classes that have a build, and the instruction set of each.
+set(classes_header ${PROJECT_SOURCE_DIR}/services/processor_classes.h)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${classes_header})
+file(READ ${classes_header} ORBA_KERNEL_CLASSES)
+string(REGEX MATCHALL "\n +LIVE\\([0-9]+" ORBA_KERNEL_CLASSES "${ORBA_KERNEL_CLASSES}")
+list(TRANSFORM ORBA_KERNEL_CLASSES REPLACE "[^0-9]" "")
 set(ORBA_CLASS_0_FLAGS -march=x86-64)
 set(ORBA_CLASS_1_FLAGS -march=x86-64)
 set(ORBA_CLASS_2_FLAGS -march=x86-64 -msse4.2 -mpopcnt)

@@ -5,12 +5,13 @@
 
 #include <array>
 
+#include "services/processor_classes.h"
 #include "vector/function_table.h"
 #include "vector/words/shapes.h"
 
 namespace orba::vector {
 
-inline constexpr int kClassCount = 6;
+using services::kClassCount;
 inline constexpr int kRowSlots = 3 * kClassCount;
 
 // Any kernel; the shape tells the signature to call it by.
