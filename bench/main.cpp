@@ -284,11 +284,11 @@ void add_function(const std::string& function, const vector::KamKernelRow& row,
 }
 
 void add_all_functions() {
-#define ORBA_BENCH_FUNCTION(t, Name, shape)                                   \
-  add_function<exact::Case_##Name, vector::Kernel_##shape<vector::Type_##t>>( \
-      "v" #t #Name, vector::row_v##t##Name, v##t##Name);
-#define ORBA_KAM_FUNCTION(Name, name, shape, types) \
-  ORBA_KAM_TYPES(types)                             \
+#define ORBA_BENCH_FUNCTION(t, Name, shape)                                                        \
+  add_function<exact::Case_##Name, ORBA_SIGNATURE(shape, t)>("v" #t #Name, vector::row_v##t##Name, \
+                                                             v##t##Name);
+#define ORBA_KAM_FUNCTION(Name, name, shape, types, ...) \
+  ORBA_KAM_TYPES(types)                                  \
   (ORBA_BENCH_FUNCTION, Name, shape)
 #include "vector/functions.def"
 #undef ORBA_KAM_FUNCTION

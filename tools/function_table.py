@@ -10,19 +10,20 @@ TABLE = ROOT / "vector" / "functions.def"
 ELEMENT = {"s": "float", "d": "double", "c": "KamComplex8", "z": "KamComplex16"}
 REAL = {"s": "float", "d": "double", "c": "float", "z": "double"}
 
-# Parameters between n and mode: (what, name). T and R are an element and its matching real number;
-# "in" and "out" are arrays, "scalar" is one value.
-SHAPES = {
-    "1i_1o": [("in T", "a"), ("out T", "y")],
-    "2i_1o": [("in T", "a"), ("in T", "b"), ("out T", "y")],
-    "1i_2o": [("in T", "a"), ("out T", "y"), ("out T", "z")],
-    "1i_scalar_1o": [("in T", "a"), ("scalar T", "b"), ("out T", "y")],
-    "complex_to_real": [("in T", "a"), ("out R", "y")],
-    "real_to_complex": [("in R", "a"), ("out T", "y")],
-    "linear_fraction": [("in T", "a"), ("in T", "b"), ("scalar T", "scalea"),
-                        ("scalar T", "shifta"), ("scalar T", "scaleb"), ("scalar T", "shiftb"),
-                        ("out T", "y")],
-}
+INDEX = dict.fromkeys("sdcz", "int32_t")
+CTYPE = {"Element": ELEMENT, "Real": REAL, "Index": INDEX}
+
+
+def read_shapes(path=ROOT / "vector" / "words" / "shapes.h"):
+    """{shape: [(kind, type, name)]}: the parameters between n and mode."""
+    text = path.read_text().replace("\\\n", " ")
+    shapes = re.findall(r"^#define ORBA_SHAPE_(\w+)\(P, t\) (.*)$", text, re.M)
+    return {shape: re.findall(r"P\(t, (in|out|scalar), (\w+), (\w+)\)", row) for shape, row in shapes}
+
+
+SHAPES = read_shapes()
+KERNELS = {"per_accuracy", "per_class", "single"}
+CALLS = {"threaded", "warning", "lean"}
 
 
 @dataclass
@@ -33,6 +34,8 @@ class Function:
     lower: str
     shape: str
     types: str
+    kernels: str
+    call: str
 
     def exports(self):
         """(exported name, parameter list) of the four forms for each type."""
@@ -50,9 +53,8 @@ def parameters(shape, t, by_pointer, with_mode):
         return f"const {ctype}* {name}" if by_pointer else f"{ctype} {name}"
 
     result = [value("int32_t", "n")]
-    for what, name in SHAPES[shape]:
-        kind, letter = what.split()
-        ctype = (ELEMENT if letter == "T" else REAL)[t]
+    for kind, what, name in SHAPES[shape]:
+        ctype = CTYPE[what][t]
         if kind == "scalar":
             result.append(value(ctype, name))
         else:
@@ -76,14 +78,15 @@ def read_groups(path=TABLE):
 
     for number, line in enumerate(path.read_text().splitlines(), 1):
         line = line.strip()
-        row = re.fullmatch(r"ORBA_KAM_FUNCTION\((\w+), (\w+), (\w+), ([sdcz]+)\)", line)
+        row = re.fullmatch(r"ORBA_KAM_FUNCTION\((\w+), (\w+), (\w+), ([sdcz]+), (\w+), (\w+)\)", line)
         if not line:
             close()
         elif line.startswith("//"):
             if rows:
                 close()
             comment.append(line[2:].removeprefix(" "))
-        elif row and row[3] in SHAPES and row[2] == row[1].lower():
+        elif (row and row[3] in SHAPES and row[2] == row[1].lower() and row[5] in KERNELS and
+              row[6] in CALLS):
             rows.append(Function(*row.groups()))
         else:
             raise ValueError(f"{path}:{number}: not a row of the table: {line}")

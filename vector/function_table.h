@@ -1,8 +1,9 @@
 // How the rows of functions.def expand.
 //
-// Define ORBA_KAM_FUNCTION(Name, name, shape, types) and include functions.def to get one expansion
-// per row; with ORBA_KAM_TYPES(types)(X, ...) a row expands to X(t, ...) per element type t. The
-// preprocessor also reads this file to make the linker's export list, so it holds macros only.
+// Define ORBA_KAM_FUNCTION(Name, name, shape, types, kernels, call) and include functions.def to get
+// one expansion per row; with ORBA_KAM_TYPES(types)(X, ...) a row expands to X(t, ...) per element
+// type t. The preprocessor also reads this file to make the linker's export list, so it holds macros
+// only.
 #ifndef ORBA_VECTOR_FUNCTION_TABLE_H
 #define ORBA_VECTOR_FUNCTION_TABLE_H
 

@@ -39,8 +39,8 @@ inline std::ostream& operator<<(std::ostream& stream, const Subject& subject) {
 inline const std::vector<Subject>& subjects() {
   static const std::vector<Subject> list = {
 #define ORBA_SUBJECT(t, Name, shape) {#Name, #t[0], Shape::k##shape, &vector::row_v##t##Name},
-#define ORBA_KAM_FUNCTION(Name, name, shape, types) \
-  ORBA_KAM_TYPES(types)                             \
+#define ORBA_KAM_FUNCTION(Name, name, shape, types, ...) \
+  ORBA_KAM_TYPES(types)                                  \
   (ORBA_SUBJECT, Name, shape)
 #include "vector/functions.def"
 #undef ORBA_KAM_FUNCTION
@@ -120,9 +120,10 @@ void call(const Subject& subject, vector::KamKernel kernel, int n, const typenam
   auto* er = reinterpret_cast<Element*>(r);
   switch (subject.shape) {
     case Shape::k1i_1o:
-      return reinterpret_cast<vector::Kernel_1i_1o<Type>*>(kernel)(n, ea, er);
+      return reinterpret_cast<void (*)(int32_t, const Element*, Element*)>(kernel)(n, ea, er);
     case Shape::k2i_1o:
-      return reinterpret_cast<vector::Kernel_2i_1o<Type>*>(kernel)(n, ea, eb, er);
+      return reinterpret_cast<void (*)(int32_t, const Element*, const Element*, Element*)>(kernel)(
+          n, ea, eb, er);
   }
 }
 

@@ -216,7 +216,7 @@ TEST(Threader, EveryShape) {
 #define ORBA_THREADER(name, parameters, arguments)                                        \
   {                                                                                       \
     SCOPED_TRACE(#name);                                                                  \
-    using Kernel = void(int32_t, ORBA_UNWRAP parameters);                                 \
+    using Kernel = void(int32_t ORBA_UNWRAP parameters);                                 \
     EXPECT_EQ(threader<Kernel>, &orba_kam_serv_threader_##name);                          \
     ShapeCheck<Kernel> check;                                                             \
     EXPECT_EQ(sizeof(*std::get<0>(check.whole)), element_size(#name[0]));                 \

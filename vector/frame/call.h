@@ -1,7 +1,6 @@
 // The anatomy of an exported vector function: checks, mode, kernel selection, hand-over.
 #pragma once
 
-#include <string_view>
 #include <type_traits>
 
 #include "services/detect/detect.h"
@@ -16,21 +15,23 @@ namespace orba::vector {
 [[gnu::noinline]] void refuse_arguments(const char* name, int32_t position,
                                         int32_t status) noexcept;
 
-// The functions whose LA and HA rows have no kernel of that accuracy class of their own: a call
-// under LA or HA leaves KAM_STATUS_ACCURACYWARNING in the status, and runs.
-constexpr bool warns_of_accuracy(std::string_view name) {
-  return name == "vsLinearFrac" || name == "vdLinearFrac" || name == "vzPow" || name == "vzPowx";
-}
+// What a row of the function table says of a call.
+//   threaded  the threader of the kernel's signature runs it
+//   warning   the same; a call under LA or HA leaves KAM_STATUS_ACCURACYWARNING in the status, since
+//             the rows of these accuracies have no kernel of their own class of accuracy
+//   lean      n alone is checked, and the kernel runs in the calling thread
+enum class CallKind { threaded, warning, lean };
 
-// Checks n and then each array pointer in the order of the signature; a scalar between arrays keeps
-// its argument number. True when there is work to do.
-template <class... Args>
+// Checks n and then, unless the call is lean, each array pointer in the order of the signature; a
+// scalar between arrays keeps its argument number. True when there is work to do.
+template <CallKind kind, class... Args>
 inline bool accept_arguments(const char* name, int32_t n, Args... args) noexcept {
   if (n < 0) [[unlikely]] {
     refuse_arguments(name, 1, KAM_STATUS_BADSIZE);
     return false;
   }
   if (n == 0) return false;
+  if constexpr (kind == CallKind::lean) return true;
   int32_t position = 1;
   int32_t bad = 0;
   const auto check = [&](auto argument) {
@@ -47,45 +48,48 @@ inline bool accept_arguments(const char* name, int32_t n, Args... args) noexcept
   return true;
 }
 
-template <class Kernel, bool accuracy_warning, class... Args>
+template <class Kernel, CallKind kind, class... Args>
 inline void run_selected(int kernel_class, uint32_t mode_word, const KamKernelRow& row, int32_t n,
                          Args... args) noexcept {
   const int index = row_index(kernel_class, mode_word);
-  if constexpr (accuracy_warning) {
+  if constexpr (kind == CallKind::warning) {
     if (index / kClassCount != KAM_EP - 1) set_status(KAM_STATUS_ACCURACYWARNING);
   }
-  threader<Kernel>(reinterpret_cast<Kernel*>(row.kernel.data()[index]), n, args...,
-                   row.hint.data()[index]);
+  auto* const kernel = reinterpret_cast<Kernel*>(row.kernel.data()[index]);
+  if constexpr (kind == CallKind::lean)
+    kernel(n, args...);
+  else
+    threader<Kernel>(kernel, n, args..., row.hint.data()[index]);
 }
 
 // For calls that may still have to find class or mode. Out of line with all arguments handed on, so
 // that the others need no registers saved for it.
-template <class Kernel, bool accuracy_warning, class... Args>
+template <class Kernel, CallKind kind, class... Args>
 [[gnu::noinline]] void find_and_run(const KamKernelRow& row, int32_t n, Args... args) noexcept {
-  run_selected<Kernel, accuracy_warning>(services::kam_class(), mode(), row, n, args...);
+  run_selected<Kernel, kind>(services::kam_class(), mode(), row, n, args...);
 }
 
-template <class Kernel, bool accuracy_warning, class... Args>
+template <class Kernel, CallKind kind, class... Args>
 inline void vector_call(const KamKernelRow& row, const char* name, int32_t n,
                         Args... args) noexcept {
-  if (!accept_arguments(name, n, args...)) return;
+  if (!accept_arguments<kind>(name, n, args...)) return;
   const int kernel_class = services::kam_class_word.load(std::memory_order_relaxed);
   const auto* words = static_cast<const KamThreadWords*>(services::platform::thread_slot);
   const uint32_t mode_word = words != nullptr ? words->mode : 0;
   if (kernel_class == -1 || mode_word == 0) [[unlikely]] {
-    return find_and_run<Kernel, accuracy_warning>(row, n, args...);
+    return find_and_run<Kernel, kind>(row, n, args...);
   }
-  run_selected<Kernel, accuracy_warning>(kernel_class, mode_word, row, n, args...);
+  run_selected<Kernel, kind>(kernel_class, mode_word, row, n, args...);
 }
 
 // The form with a mode: the old word comes back through the same merge, so a field that was zero in
 // it stays as the argument set it.
-template <class Kernel, bool accuracy_warning, class... Args>
+template <class Kernel, CallKind kind, class... Args>
 inline void vector_call_with_mode(uint32_t call_mode, const KamKernelRow& row, const char* name,
                                   int32_t n, Args... args) noexcept {
-  if (!accept_arguments(name, n, args...)) return;
+  if (!accept_arguments<kind>(name, n, args...)) return;
   const uint32_t old_mode = kamSetMode(call_mode);
-  find_and_run<Kernel, accuracy_warning>(row, n, args...);
+  find_and_run<Kernel, kind>(row, n, args...);
   kamSetMode(old_mode);
 }
 

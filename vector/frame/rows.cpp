@@ -1,25 +1,11 @@
-// The kernel rows, filled from the kernels' names (see vector/kernels/contract/kernel.h) and the
-// cost hints. A row without kernels does not link, a row without hints does not compile.
+// The kernel rows, filled from the kernels' names and the cost hints.
 #include "vector/frame/rows.h"
 
-#define ORBA_CLASS_KERNELS(c, t, Name, shape)                                      \
-  orba::vector::Kernel_##shape<orba::vector::Type_##t> orba_##c##_v##t##Name##_LA; \
-  orba::vector::Kernel_##shape<orba::vector::Type_##t> orba_##c##_v##t##Name##_HA; \
-  orba::vector::Kernel_##shape<orba::vector::Type_##t> orba_##c##_v##t##Name##_EP;
-#define ORBA_DECLARE_KERNELS(t, Name, shape) \
-  ORBA_CLASS_KERNELS(c0, t, Name, shape)     \
-  ORBA_CLASS_KERNELS(c1, t, Name, shape)     \
-  ORBA_CLASS_KERNELS(c2, t, Name, shape)     \
-  ORBA_CLASS_KERNELS(c3, t, Name, shape)     \
-  ORBA_CLASS_KERNELS(c5, t, Name, shape)
+#include "vector/frame/define_functions.h"
 
-extern "C" {
-#define ORBA_KAM_FUNCTION(Name, name, shape, types) \
-  ORBA_KAM_TYPES(types)                             \
-  (ORBA_DECLARE_KERNELS, Name, shape)
+#define ORBA_KAM_FUNCTION ORBA_DECLARE_KERNELS
 #include "vector/functions.def"
 #undef ORBA_KAM_FUNCTION
-}
 
 namespace orba::vector {
 namespace {
@@ -31,20 +17,7 @@ namespace {
 
 }  // namespace
 
-#define ORBA_SLOT(c, row, accuracy) reinterpret_cast<KamKernel>(orba_##c##_##row##_##accuracy)
-#define ORBA_SLOTS(row, accuracy) \
-  ORBA_SLOT(c0, row, accuracy)    \
-  , ORBA_SLOT(c1, row, accuracy)  \
-  , ORBA_SLOT(c2, row, accuracy)  \
-  , ORBA_SLOT(c3, row, accuracy)  \
-  , reinterpret_cast<KamKernel>(kEmptyClassKernel), ORBA_SLOT(c5, row, accuracy)
-#define ORBA_DEFINE_ROW(t, Name)                                                            \
-  const KamKernelRow row_v##t##Name = {                                                     \
-      {ORBA_SLOTS(v##t##Name, LA), ORBA_SLOTS(v##t##Name, HA), ORBA_SLOTS(v##t##Name, EP)}, \
-      hints_v##t##Name};
-#define ORBA_KAM_FUNCTION(Name, name, shape, types) \
-  ORBA_KAM_TYPES(types)                             \
-  (ORBA_DEFINE_ROW, Name)
+#define ORBA_KAM_FUNCTION ORBA_DEFINE_ROWS
 #include "vector/functions.def"
 #undef ORBA_KAM_FUNCTION
 

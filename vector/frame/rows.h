@@ -33,8 +33,8 @@ inline int row_index(int kernel_class, uint32_t mode) {
 
 // One row per function and type: row_vdAdd, ...
 #define ORBA_DECLARE_ROW(t, Name) extern const KamKernelRow row_v##t##Name;
-#define ORBA_KAM_FUNCTION(Name, name, shape, types) \
-  ORBA_KAM_TYPES(types)                             \
+#define ORBA_KAM_FUNCTION(Name, name, shape, types, ...) \
+  ORBA_KAM_TYPES(types)                                  \
   (ORBA_DECLARE_ROW, Name)
 #include "vector/functions.def"
 #undef ORBA_KAM_FUNCTION

@@ -102,11 +102,11 @@ template <class... Args>
 
 // On short vectors a compare and a jump into the kernel.
 #define ORBA_UNWRAP(...) __VA_ARGS__
-#define ORBA_THREADER(name, parameters, arguments)                                               \
-  extern "C" void orba_kam_serv_threader_##name(void (*kernel)(int32_t, ORBA_UNWRAP parameters), \
-                                                int32_t n, ORBA_UNWRAP parameters, float hint) { \
-    if (n < kShortestToFork) return kernel(n, ORBA_UNWRAP arguments);                            \
-    run_long(kernel, n, hint, ORBA_UNWRAP arguments);                                            \
+#define ORBA_THREADER(name, parameters, arguments)                                              \
+  extern "C" void orba_kam_serv_threader_##name(void (*kernel)(int32_t ORBA_UNWRAP parameters), \
+                                                int32_t n ORBA_UNWRAP parameters, float hint) { \
+    if (n < kShortestToFork) return kernel(n ORBA_UNWRAP arguments);                            \
+    run_long(kernel, n, hint ORBA_UNWRAP arguments);                                            \
   }
 #include "vector/frame/threaders.def"
 

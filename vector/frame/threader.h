@@ -9,7 +9,7 @@
 
 #include <stdint.h>
 
-#include "include/orba_kam.h"
+#include "vector/words/shapes.h"
 
 namespace orba::vector {
 
@@ -17,18 +17,18 @@ namespace orba::vector {
 
 // orba_kam_serv_threader_d_1i_1o(kernel, n, a, y, hint), ...: `hint` is the kernel's cost per
 // element.
-#define ORBA_THREADER(name, parameters, arguments)                                               \
-  extern "C" void orba_kam_serv_threader_##name(void (*kernel)(int32_t, ORBA_UNWRAP parameters), \
-                                                int32_t n, ORBA_UNWRAP parameters, float hint);
+#define ORBA_THREADER(name, parameters, arguments)                                              \
+  extern "C" void orba_kam_serv_threader_##name(void (*kernel)(int32_t ORBA_UNWRAP parameters), \
+                                                int32_t n ORBA_UNWRAP parameters, float hint);
 #include "vector/frame/threaders.def"
 #undef ORBA_THREADER
 
 // The threader of kernels with this signature.
 template <class Kernel>
 inline constexpr auto threader = nullptr;
-#define ORBA_THREADER(name, parameters, arguments)                        \
-  template <>                                                             \
-  inline constexpr auto threader<void(int32_t, ORBA_UNWRAP parameters)> = \
+#define ORBA_THREADER(name, parameters, arguments)                       \
+  template <>                                                            \
+  inline constexpr auto threader<void(int32_t ORBA_UNWRAP parameters)> = \
       &orba_kam_serv_threader_##name;
 #include "vector/frame/threaders.def"
 #undef ORBA_THREADER

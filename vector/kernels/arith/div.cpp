@@ -45,14 +45,14 @@ struct DivQuotient : DivHardware<V> {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_KERNEL_2i_1o(d, Div, HA, DivHardware<F64>)
-ORBA_SAME_KERNEL(vdDiv, 2i_1o, d, LA, HA)
-ORBA_KERNEL_2i_1o(s, Div, HA, DivHardware<F32>)
-ORBA_SAME_KERNEL(vsDiv, 2i_1o, s, LA, HA)
+ORBA_KERNEL(2i_1o, d, Div, HA, DivHardware<F64>)
+ORBA_SAME_KERNEL(2i_1o, d, Div, LA, HA)
+ORBA_KERNEL(2i_1o, s, Div, HA, DivHardware<F32>)
+ORBA_SAME_KERNEL(2i_1o, s, Div, LA, HA)
 #if ORBA_CLASS >= 3
-ORBA_KERNEL_2i_1o(d, Div, EP, DivQuotient<F64>)
-ORBA_KERNEL_2i_1o(s, Div, EP, DivQuotient<F32>)
+ORBA_KERNEL(2i_1o, d, Div, EP, DivQuotient<F64>)
+ORBA_KERNEL(2i_1o, s, Div, EP, DivQuotient<F32>)
 #else
-ORBA_SAME_KERNEL(vdDiv, 2i_1o, d, EP, HA)
-ORBA_SAME_KERNEL(vsDiv, 2i_1o, s, EP, HA)
+ORBA_SAME_KERNEL(2i_1o, d, Div, EP, HA)
+ORBA_SAME_KERNEL(2i_1o, s, Div, EP, HA)
 #endif

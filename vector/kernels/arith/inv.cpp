@@ -76,25 +76,25 @@ struct InvTwoSteps : InvBase<F64> {
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
 #if ORBA_CLASS == 5
-ORBA_KERNEL_1i_1o(d, Inv, HA, InvTwoSteps)
+ORBA_KERNEL(1i_1o, d, Inv, HA, InvTwoSteps)
 #else
-ORBA_KERNEL_1i_1o(d, Inv, HA, InvHardware<F64>)
+ORBA_KERNEL(1i_1o, d, Inv, HA, InvHardware<F64>)
 #endif
-ORBA_SAME_KERNEL(vdInv, 1i_1o, d, LA, HA)
+ORBA_SAME_KERNEL(1i_1o, d, Inv, LA, HA)
 #if ORBA_CLASS >= 3
-ORBA_KERNEL_1i_1o(d, Inv, EP, InvEp<F64>)
-ORBA_KERNEL_1i_1o(s, Inv, EP, InvEp<F32>)
+ORBA_KERNEL(1i_1o, d, Inv, EP, InvEp<F64>)
+ORBA_KERNEL(1i_1o, s, Inv, EP, InvEp<F32>)
 #else
-ORBA_SAME_KERNEL(vdInv, 1i_1o, d, EP, HA)
-ORBA_SAME_KERNEL(vsInv, 1i_1o, s, EP, HA)
+ORBA_SAME_KERNEL(1i_1o, d, Inv, EP, HA)
+ORBA_SAME_KERNEL(1i_1o, s, Inv, EP, HA)
 #endif
 #if ORBA_CLASS == 5
-ORBA_KERNEL_1i_1o(s, Inv, HA, InvSeries)
-ORBA_SAME_KERNEL(vsInv, 1i_1o, s, LA, EP)
+ORBA_KERNEL(1i_1o, s, Inv, HA, InvSeries)
+ORBA_SAME_KERNEL(1i_1o, s, Inv, LA, EP)
 #elif ORBA_CLASS == 3
-ORBA_KERNEL_1i_1o(s, Inv, HA, InvHardware<F32>)
-ORBA_KERNEL_1i_1o(s, Inv, LA, InvSeries)
+ORBA_KERNEL(1i_1o, s, Inv, HA, InvHardware<F32>)
+ORBA_KERNEL(1i_1o, s, Inv, LA, InvSeries)
 #else
-ORBA_KERNEL_1i_1o(s, Inv, HA, InvHardware<F32>)
-ORBA_SAME_KERNEL(vsInv, 1i_1o, s, LA, HA)
+ORBA_KERNEL(1i_1o, s, Inv, HA, InvHardware<F32>)
+ORBA_SAME_KERNEL(1i_1o, s, Inv, LA, HA)
 #endif

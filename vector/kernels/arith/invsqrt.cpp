@@ -195,14 +195,14 @@ struct InvSqrt32 {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_KERNEL_1i_1o(d, InvSqrt, HA, InvSqrt64<Full>)
-ORBA_SAME_KERNEL(vdInvSqrt, 1i_1o, d, LA, HA)
-ORBA_KERNEL_1i_1o(s, InvSqrt, HA, InvSqrt32<Full>)
-ORBA_SAME_KERNEL(vsInvSqrt, 1i_1o, s, LA, HA)
+ORBA_KERNEL(1i_1o, d, InvSqrt, HA, InvSqrt64<Full>)
+ORBA_SAME_KERNEL(1i_1o, d, InvSqrt, LA, HA)
+ORBA_KERNEL(1i_1o, s, InvSqrt, HA, InvSqrt32<Full>)
+ORBA_SAME_KERNEL(1i_1o, s, InvSqrt, LA, HA)
 #if ORBA_CLASS >= 2
-ORBA_KERNEL_1i_1o(d, InvSqrt, EP, InvSqrt64<Ep>)
-ORBA_KERNEL_1i_1o(s, InvSqrt, EP, InvSqrt32<Ep>)
+ORBA_KERNEL(1i_1o, d, InvSqrt, EP, InvSqrt64<Ep>)
+ORBA_KERNEL(1i_1o, s, InvSqrt, EP, InvSqrt32<Ep>)
 #else
-ORBA_SAME_KERNEL(vdInvSqrt, 1i_1o, d, EP, HA)
-ORBA_SAME_KERNEL(vsInvSqrt, 1i_1o, s, EP, HA)
+ORBA_SAME_KERNEL(1i_1o, d, InvSqrt, EP, HA)
+ORBA_SAME_KERNEL(1i_1o, s, InvSqrt, EP, HA)
 #endif

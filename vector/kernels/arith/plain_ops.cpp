@@ -51,13 +51,13 @@ struct Abs {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_PLAIN_KERNEL_2i_1o(s, Add, Add)
-ORBA_PLAIN_KERNEL_2i_1o(d, Add, Add)
-ORBA_PLAIN_KERNEL_2i_1o(s, Sub, Sub)
-ORBA_PLAIN_KERNEL_2i_1o(d, Sub, Sub)
-ORBA_PLAIN_KERNEL_2i_1o(s, Mul, Mul)
-ORBA_PLAIN_KERNEL_2i_1o(d, Mul, Mul)
-ORBA_PLAIN_KERNEL_1i_1o(s, Sqr, Sqr)
-ORBA_PLAIN_KERNEL_1i_1o(d, Sqr, Sqr)
-ORBA_PLAIN_KERNEL_1i_1o(s, Abs, Abs)
-ORBA_PLAIN_KERNEL_1i_1o(d, Abs, Abs)
+ORBA_PLAIN_KERNEL(2i_1o, s, Add, Add)
+ORBA_PLAIN_KERNEL(2i_1o, d, Add, Add)
+ORBA_PLAIN_KERNEL(2i_1o, s, Sub, Sub)
+ORBA_PLAIN_KERNEL(2i_1o, d, Sub, Sub)
+ORBA_PLAIN_KERNEL(2i_1o, s, Mul, Mul)
+ORBA_PLAIN_KERNEL(2i_1o, d, Mul, Mul)
+ORBA_PLAIN_KERNEL(1i_1o, s, Sqr, Sqr)
+ORBA_PLAIN_KERNEL(1i_1o, d, Sqr, Sqr)
+ORBA_PLAIN_KERNEL(1i_1o, s, Abs, Abs)
+ORBA_PLAIN_KERNEL(1i_1o, d, Abs, Abs)

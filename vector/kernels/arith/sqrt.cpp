@@ -157,21 +157,21 @@ struct SqrtSeries32 : SqrtHardware<F32> {
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
 #if ORBA_CLASS >= 3
-ORBA_KERNEL_1i_1o(d, Sqrt, LA, SqrtSeries64<Degree::full>)
-ORBA_KERNEL_1i_1o(d, Sqrt, EP, SqrtSeries64<Degree::ep>)
-ORBA_KERNEL_1i_1o(s, Sqrt, LA, SqrtSeries32<Degree::full>)
-ORBA_KERNEL_1i_1o(s, Sqrt, EP, SqrtSeries32<Degree::ep>)
+ORBA_KERNEL(1i_1o, d, Sqrt, LA, SqrtSeries64<Degree::full>)
+ORBA_KERNEL(1i_1o, d, Sqrt, EP, SqrtSeries64<Degree::ep>)
+ORBA_KERNEL(1i_1o, s, Sqrt, LA, SqrtSeries32<Degree::full>)
+ORBA_KERNEL(1i_1o, s, Sqrt, EP, SqrtSeries32<Degree::ep>)
 #endif
 #if ORBA_CLASS == 5
-ORBA_KERNEL_1i_1o(d, Sqrt, HA, SqrtSeries64<Degree::full_with_residual>)
-ORBA_KERNEL_1i_1o(s, Sqrt, HA, SqrtSeries32<Degree::full_with_residual>)
+ORBA_KERNEL(1i_1o, d, Sqrt, HA, SqrtSeries64<Degree::full_with_residual>)
+ORBA_KERNEL(1i_1o, s, Sqrt, HA, SqrtSeries32<Degree::full_with_residual>)
 #else
-ORBA_KERNEL_1i_1o(d, Sqrt, HA, SqrtHardware<F64>)
-ORBA_KERNEL_1i_1o(s, Sqrt, HA, SqrtHardware<F32>)
+ORBA_KERNEL(1i_1o, d, Sqrt, HA, SqrtHardware<F64>)
+ORBA_KERNEL(1i_1o, s, Sqrt, HA, SqrtHardware<F32>)
 #endif
 #if ORBA_CLASS < 3
-ORBA_SAME_KERNEL(vdSqrt, 1i_1o, d, LA, HA)
-ORBA_SAME_KERNEL(vdSqrt, 1i_1o, d, EP, HA)
-ORBA_SAME_KERNEL(vsSqrt, 1i_1o, s, LA, HA)
-ORBA_SAME_KERNEL(vsSqrt, 1i_1o, s, EP, HA)
+ORBA_SAME_KERNEL(1i_1o, d, Sqrt, LA, HA)
+ORBA_SAME_KERNEL(1i_1o, d, Sqrt, EP, HA)
+ORBA_SAME_KERNEL(1i_1o, s, Sqrt, LA, HA)
+ORBA_SAME_KERNEL(1i_1o, s, Sqrt, EP, HA)
 #endif

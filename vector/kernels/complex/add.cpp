@@ -46,14 +46,14 @@ struct SumChecked : SumQuiet<E, subtract> {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-#define ORBA_SUM_KERNELS(t, Name, E, subtract)            \
-  ORBA_KERNEL_2i_1o(t, Name, HA, SumChecked<E, subtract>) \
-  ORBA_SAME_KERNEL(v##t##Name, 2i_1o, t, LA, HA)          \
+#define ORBA_SUM_KERNELS(t, Name, E, subtract)             \
+  ORBA_KERNEL(2i_1o, t, Name, HA, SumChecked<E, subtract>) \
+  ORBA_SAME_KERNEL(2i_1o, t, Name, LA, HA)                 \
   ORBA_SUM_EP(t, Name, E, subtract)
 #if ORBA_CLASS == 1
-#  define ORBA_SUM_EP(t, Name, E, subtract) ORBA_SAME_KERNEL(v##t##Name, 2i_1o, t, EP, HA)
+#  define ORBA_SUM_EP(t, Name, E, subtract) ORBA_SAME_KERNEL(2i_1o, t, Name, EP, HA)
 #else
-#  define ORBA_SUM_EP(t, Name, E, subtract) ORBA_KERNEL_2i_1o(t, Name, EP, SumQuiet<E, subtract>)
+#  define ORBA_SUM_EP(t, Name, E, subtract) ORBA_KERNEL(2i_1o, t, Name, EP, SumQuiet<E, subtract>)
 #endif
 
 ORBA_SUM_KERNELS(c, Add, KamComplex8, false)

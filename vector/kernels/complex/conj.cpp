@@ -28,9 +28,5 @@ struct Conj {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-#define ORBA_CONJ_KERNELS(t, E)                  \
-  ORBA_KERNEL_1i_1o(t, Conj, HA, Conj<E>)        \
-  ORBA_SAME_KERNEL(v##t##Conj, 1i_1o, t, LA, HA) \
-  ORBA_SAME_KERNEL(v##t##Conj, 1i_1o, t, EP, HA)
-ORBA_CONJ_KERNELS(c, KamComplex8)
-ORBA_CONJ_KERNELS(z, KamComplex16)
+ORBA_KERNEL(1i_1o, c, Conj, ALL, Conj<KamComplex8>)
+ORBA_KERNEL(1i_1o, z, Conj, ALL, Conj<KamComplex16>)

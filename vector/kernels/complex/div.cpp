@@ -102,14 +102,14 @@ struct DivFast : DivBase<E> {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_KERNEL_2i_1o(c, Div, HA, DivInDouble)
-ORBA_SAME_KERNEL(vcDiv, 2i_1o, c, LA, HA)
-ORBA_KERNEL_2i_1o(z, Div, HA, DivPairs)
-ORBA_SAME_KERNEL(vzDiv, 2i_1o, z, LA, HA)
+ORBA_KERNEL(2i_1o, c, Div, HA, DivInDouble)
+ORBA_SAME_KERNEL(2i_1o, c, Div, LA, HA)
+ORBA_KERNEL(2i_1o, z, Div, HA, DivPairs)
+ORBA_SAME_KERNEL(2i_1o, z, Div, LA, HA)
 #if ORBA_CLASS >= 2
-ORBA_KERNEL_2i_1o(c, Div, EP, DivFast<KamComplex8>)
-ORBA_KERNEL_2i_1o(z, Div, EP, DivFast<KamComplex16>)
+ORBA_KERNEL(2i_1o, c, Div, EP, DivFast<KamComplex8>)
+ORBA_KERNEL(2i_1o, z, Div, EP, DivFast<KamComplex16>)
 #else
-ORBA_SAME_KERNEL(vcDiv, 2i_1o, c, EP, HA)
-ORBA_SAME_KERNEL(vzDiv, 2i_1o, z, EP, HA)
+ORBA_SAME_KERNEL(2i_1o, c, Div, EP, HA)
+ORBA_SAME_KERNEL(2i_1o, z, Div, EP, HA)
 #endif

@@ -113,25 +113,25 @@ struct MulPairs : MulBase<KamComplex16, conjugate> {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-#define ORBA_MUL_KERNELS(Name, conjugate)                \
-  ORBA_KERNEL_2i_1o(c, Name, HA, MulInDouble<conjugate>) \
-  ORBA_SAME_KERNEL(vc##Name, 2i_1o, c, LA, HA)           \
-  ORBA_KERNEL_2i_1o(z, Name, HA, MulPairs<conjugate>)    \
-  ORBA_MUL_LA(Name, conjugate)                           \
+#define ORBA_MUL_KERNELS(Name, conjugate)                 \
+  ORBA_KERNEL(2i_1o, c, Name, HA, MulInDouble<conjugate>) \
+  ORBA_SAME_KERNEL(2i_1o, c, Name, LA, HA)                \
+  ORBA_KERNEL(2i_1o, z, Name, HA, MulPairs<conjugate>)    \
+  ORBA_MUL_LA(Name, conjugate)                            \
   ORBA_MUL_EP(Name, conjugate)
 #if ORBA_CLASS >= 3
-#  define ORBA_MUL_LA(Name, conjugate) ORBA_KERNEL_2i_1o(z, Name, LA, MulKahan<conjugate>)
+#  define ORBA_MUL_LA(Name, conjugate) ORBA_KERNEL(2i_1o, z, Name, LA, MulKahan<conjugate>)
 #else
-#  define ORBA_MUL_LA(Name, conjugate) ORBA_SAME_KERNEL(vz##Name, 2i_1o, z, LA, HA)
+#  define ORBA_MUL_LA(Name, conjugate) ORBA_SAME_KERNEL(2i_1o, z, Name, LA, HA)
 #endif
 #if ORBA_CLASS >= 2
-#  define ORBA_MUL_EP(Name, conjugate)                              \
-    ORBA_KERNEL_2i_1o(c, Name, EP, MulFast<KamComplex8, conjugate>) \
-    ORBA_KERNEL_2i_1o(z, Name, EP, MulFast<KamComplex16, conjugate>)
+#  define ORBA_MUL_EP(Name, conjugate)                               \
+    ORBA_KERNEL(2i_1o, c, Name, EP, MulFast<KamComplex8, conjugate>) \
+    ORBA_KERNEL(2i_1o, z, Name, EP, MulFast<KamComplex16, conjugate>)
 #else
-#  define ORBA_MUL_EP(Name, conjugate)           \
-    ORBA_SAME_KERNEL(vc##Name, 2i_1o, c, EP, HA) \
-    ORBA_SAME_KERNEL(vz##Name, 2i_1o, z, EP, HA)
+#  define ORBA_MUL_EP(Name, conjugate)       \
+    ORBA_SAME_KERNEL(2i_1o, c, Name, EP, HA) \
+    ORBA_SAME_KERNEL(2i_1o, z, Name, EP, HA)
 #endif
 
 ORBA_MUL_KERNELS(Mul, false)

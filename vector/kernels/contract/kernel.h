@@ -2,20 +2,29 @@
 //
 // A function is a type F that supplies
 //
-//   In, Out                        element types of its arrays (float, double, KamComplex8, ...)
-//   inputs, outputs                1 or 2 of each
+//   In, Out                        element types of its arrays (float, double, KamComplex8, ...); they
+//                                  may differ, but not in precision
+//   inputs, outputs                1 or 2 arrays of each
 //   unroll                         packs per round of the main loop
 //   wide (optional)                true: an eval takes two vectors of doubles, a Wide<F64>
 //   Flag                           M64, M32, PairMask of them, WordMask with wide; NoFlag when no lane
 //                                  is ever special
 //   eval(a [, b], Flag&)           the branch-free computation on one pack, for any input; it ORs
 //                                  into Flag the lanes whose result it can't vouch for
-//   callout(a [, b], r1 [, r2])    the complete scalar function (pointers in, status out) that
-//                                  flagged lanes get instead; absent with NoFlag
+//   eval_rare(a [, b], Flag&)      (optional) a second vector road for lanes that eval has flagged, such
+//                                  as huge arguments; it sets Flag to the lanes that it can't vouch for
+//                                  either. Called out of line, for packs with a flagged lane; results
+//                                  of other lanes are not looked at
+//   callout(a [, b], r1 [, r2])    the complete scalar function (pointers in, status out) that the
+//                                  lanes still flagged get instead; absent with NoFlag. One that never
+//                                  reports returns nothing, as it must where In and Out differ
+//   second_argument() (optional)   what reports give as the second argument of a real function with
+//                                  one array: its scalar
 //   NoError (optional)             the variant of F that runs when the mode asks for no error
-//                                  handling at all
+//                                  handling at all; it is made from F, as NoError{f}
 //
-// with two outputs eval returns a Results<Pack>. Scalars of a call are members of F.
+// all of them static or members: the scalars of a call make F, in their order, by its constructor.
+// With two outputs eval returns a Results<Pack>.
 //
 // The contract gives back everything else: floating-point environment, rounds of `unroll` packs
 // with one test, callouts in ascending order, reports, masked tails with an ordinary value in dead
@@ -35,14 +44,18 @@ template <class Pack>
 struct Results {
   Pack first, second;
 };
+template <class M, class Pack>
+ORBA_INLINE Results<Pack> merge(M m, Results<Pack> x, Results<Pack> y) {
+  return {merge(m, x.first, y.first), merge(m, x.second, y.second)};
+}
 
-// Arrays of a call; b stands for a again, and r2 for r1, where the function has only one.
+// Arrays of a call, by the names that the shapes give them.
 template <class F>
 struct Arrays {
   const typename F::In* a;
-  const typename F::In* b;
-  typename F::Out* r1;
-  typename F::Out* r2;
+  const typename F::In* b = a;
+  typename F::Out* y;
+  typename F::Out* z = y;
 };
 
 template <class F>
@@ -72,26 +85,46 @@ ORBA_INLINE auto load_for(const typename F::In* p, int live) {
     return load_pack(p, live);
 }
 
-// `live` is absent for whole packs.
-template <class F, class... Live>
+// One evaluation, on the rare road or not; `live` is absent for whole packs.
+template <bool rare = false, class F, class... Live>
 ORBA_INLINE auto eval_pack(const F& f, const Arrays<F>& x, int64_t i, typename F::Flag& flag,
                            Live... live) {
   const auto a = load_for<F>(x.a + i, live...);
   if constexpr (F::inputs == 2) {
     const auto b = load_for<F>(x.b + i, live...);
-    return f.eval(a, b, flag);
+    if constexpr (rare)
+      return f.eval_rare(a, b, flag);
+    else
+      return f.eval(a, b, flag);
+  } else if constexpr (rare) {
+    return f.eval_rare(a, flag);
   } else {
     return f.eval(a, flag);
   }
 }
 
+template <class F>
+constexpr bool has_rare_road = requires(F f, typename F::Flag flag, const typename F::In* p) {
+  f.eval_rare(load_for<F>(p), flag);
+}
+|| requires(F f, typename F::Flag flag, const typename F::In* p) {
+  f.eval_rare(load_for<F>(p), load_for<F>(p), flag);
+};
+
+// Out of line, so that the road's registers and constants are no burden on the callouts' loop.
+template <class F, class... Live>
+__attribute__((noinline)) auto eval_rare_pack(const F& f, const Arrays<F>& x, int64_t i,
+                                              typename F::Flag& flag, Live... live) {
+  return eval_pack<true>(f, x, i, flag, live...);
+}
+
 template <class F, class Y, class... Live>
 ORBA_INLINE void store_results(const Arrays<F>& x, int64_t i, const Y& y, Live... live) {
   if constexpr (F::outputs == 2) {
-    store_pack(x.r1 + i, live..., y.first);
-    store_pack(x.r2 + i, live..., y.second);
+    store_pack(x.y + i, live..., y.first);
+    store_pack(x.z + i, live..., y.second);
   } else {
-    store_pack(x.r1 + i, live..., y);
+    store_pack(x.y + i, live..., y);
   }
 }
 
@@ -127,46 +160,57 @@ struct Scratch {
   static constexpr int size = eval_size<F>;
   alignas(64) typename F::In a[size];
   alignas(64) typename F::In b[F::inputs == 2 ? size : 1];
-  alignas(64) typename F::Out r1[size];
-  alignas(64) typename F::Out r2[F::outputs == 2 ? size : 1];
+  alignas(64) typename F::Out y[size];
+  alignas(64) typename F::Out z[F::outputs == 2 ? size : 1];
 };
 
-ORBA_INLINE void report(int32_t code, int32_t i, const double* a, const double* b, double* r1,
-                        double* r2, const char* name) {
-  vector::element_error(code, i, a, b, r1, r2, name);
-}
-ORBA_INLINE void report(int32_t code, int32_t i, const float* a, const float* b, float* r1,
-                        float* r2, const char* name) {
-  vector::element_error(code, i, a, b, r1, r2, name);
-}
 template <class E>
 ORBA_INLINE void report(int32_t code, int32_t i, const E* a, const E* b, E* r1, E* r2,
                         const char* name) {
-  vector::element_error_complex(code, i, parts(a), parts(b), parts(r1), parts(r2), name);
+  if constexpr (is_complex<E>)
+    vector::element_error_complex(code, i, parts(a), parts(b), parts(r1), parts(r2), name);
+  else
+    vector::element_error(code, i, a, b, r1, r2, name);
 }
 
-// Callouts for the lanes in `flagged`, in ascending order. A reported element is in `r` while its
-// error is handled and is read back afterwards, which is how a callback replaces it.
 template <class F>
-ORBA_COLD void run_callouts(const Arrays<F>& x, int64_t i, uint32_t flagged, Scratch<F>& s,
-                            FloatEnvironment& environment, const char* name) {
+ORBA_INLINE auto call_out(const F& f, Scratch<F>& s, int lane) {
+  if constexpr (F::inputs == 2)
+    return f.callout(&s.a[lane], &s.b[lane], &s.y[lane]);
+  else if constexpr (F::outputs == 2)
+    return f.callout(&s.a[lane], &s.y[lane], &s.z[lane]);
+  else
+    return f.callout(&s.a[lane], &s.y[lane]);
+}
+
+// Callouts for the lanes in `flagged`, in ascending order. A reported element is in the result arrays
+// while its error is handled and is read back afterwards, which is how a callback replaces it.
+template <class F>
+ORBA_COLD void run_callouts(const F& f, const Arrays<F>& x, int64_t i, uint32_t flagged,
+                            Scratch<F>& s, FloatEnvironment& environment,
+                            [[maybe_unused]] const char* name) {
   while (flagged != 0) {
     const int lane = __builtin_ctz(flagged);
     flagged &= flagged - 1;
     environment.before_callout();
-    int32_t code;
-    if constexpr (F::inputs == 2)
-      code = F::callout(&s.a[lane], &s.b[lane], &s.r1[lane]);
-    else if constexpr (F::outputs == 2)
-      code = F::callout(&s.a[lane], &s.r1[lane], &s.r2[lane]);
-    else
-      code = F::callout(&s.a[lane], &s.r1[lane]);
-    if (code == 0) continue;
-    x.r1[i + lane] = s.r1[lane];
-    if constexpr (F::outputs == 2) x.r2[i + lane] = s.r2[lane];
-    report(code, static_cast<int32_t>(i + lane), x.a, x.b, x.r1, x.r2, name);
-    s.r1[lane] = x.r1[i + lane];
-    if constexpr (F::outputs == 2) s.r2[lane] = x.r2[i + lane];
+    if constexpr (__is_same(decltype(call_out(f, s, lane)), void)) {
+      call_out(f, s, lane);
+    } else {
+      static_assert(__is_same(typename F::In, typename F::Out));
+      const int32_t code = call_out(f, s, lane);
+      if (code == 0) continue;
+      x.y[i + lane] = s.y[lane];
+      if constexpr (F::outputs == 2) x.z[i + lane] = s.z[lane];
+      if constexpr (requires { f.second_argument(); }) {
+        const typename F::In second = f.second_argument();
+        vector::element_error_strided(code, static_cast<int32_t>(i + lane), x.a, 1, &second, 0, x.y,
+                                      1, x.z, 1, name);
+      } else {
+        report(code, static_cast<int32_t>(i + lane), x.a, x.b, x.y, x.z, name);
+      }
+      s.y[lane] = x.y[i + lane];
+      if constexpr (F::outputs == 2) s.z[lane] = x.z[i + lane];
+    }
   }
 }
 
@@ -175,21 +219,28 @@ template <class F, class... Live>
 ORBA_INLINE void run_pack(const F& f, const Arrays<F>& x, int64_t i, FloatEnvironment& environment,
                           const char* name, Live... live) {
   typename F::Flag flag{};
-  const auto y = eval_pack(f, x, i, flag, live...);
+  auto y = eval_pack(f, x, i, flag, live...);
   if constexpr (has_flags<F>) {
     const int count = (eval_size<F> + ... + (live - eval_size<F>));
-    const uint32_t flagged = element_bits(flag) & ((2u << (count - 1)) - 1);
+    uint32_t flagged = element_bits(flag) & ((2u << (count - 1)) - 1);
+    if constexpr (has_rare_road<F>) {
+      if (flagged != 0) [[unlikely]] {
+        typename F::Flag left{};
+        y = merge(flag, eval_rare_pack(f, x, i, left, live...), y);
+        flagged &= element_bits(left);
+      }
+    }
     if (flagged != 0) [[unlikely]] {
       Scratch<F> s;
       for (int lane = 0; lane < count; ++lane) {
         s.a[lane] = x.a[i + lane];
         if constexpr (F::inputs == 2) s.b[lane] = x.b[i + lane];
       }
-      store_results(Arrays<F>{s.a, s.b, s.r1, s.r2}, 0, y);
-      run_callouts<F>(x, i, flagged, s, environment, name);
+      store_results(Arrays<F>{s.a, s.b, s.y, s.z}, 0, y);
+      run_callouts<F>(f, x, i, flagged, s, environment, name);
       for (int lane = 0; lane < count; ++lane) {
-        x.r1[i + lane] = s.r1[lane];
-        if constexpr (F::outputs == 2) x.r2[i + lane] = s.r2[lane];
+        x.y[i + lane] = s.y[lane];
+        if constexpr (F::outputs == 2) x.z[i + lane] = s.z[lane];
       }
       return;
     }
@@ -246,7 +297,7 @@ ORBA_INLINE void run_kernel(int32_t n, const Arrays<F>& x, const char* name, con
   if constexpr (requires { typename F::NoError; }) {
     if ((mode & KAM_ERRMODE_MASK) == KAM_ERRMODE_NOERR) {
       using N = typename F::NoError;
-      return run_function(N{}, Arrays<N>{x.a, x.b, x.r1, x.r2}, n, environment, name);
+      return run_function(N{f}, Arrays<N>{x.a, x.b, x.y, x.z}, n, environment, name);
     }
   }
   run_function(f, x, n, environment, name);
@@ -256,9 +307,25 @@ ORBA_INLINE void run_kernel(int32_t n, const Arrays<F>& x, const char* name, con
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
 // Kernel entries. The kernel of a row, an accuracy and a class has a C name of its own, such as
-// orba_c3_vdAdd_LA; vector/frame/rows.cpp fills the row from these names. A kernel source ends with
-// one line per row and accuracy: ORBA_KERNEL_... for a kernel, ORBA_SAME_KERNEL where an accuracy
-// shares the kernel of another one.
+// orba_c3_vdAdd_LA; the frame fills the row from these names. A kernel source ends with one line per
+// row and accuracy:
+//   ORBA_KERNEL       the kernel that runs a function, given by its type
+//   ORBA_SAME_KERNEL  for an accuracy that shares the kernel of another
+//   ORBA_ENTRY        the head of an entry whose body follows in braces, with the shape's parameters
+// The accuracy is ALL where the row of the function table says that there is only one kernel.
+#define ORBA_ENTRY(shape, t, Name, accuracy) \
+  extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(int32_t n ORBA_PARAMETERS(shape, t))
+#define ORBA_KERNEL(shape, t, Name, accuracy, ...)                    \
+  ORBA_ENTRY(shape, t, Name, accuracy) {                              \
+    using namespace orba::ORBA_CLASS_NAMESPACE;                       \
+    using Function = __VA_ARGS__;                                     \
+    run_kernel(n, Arrays<Function>{ORBA_ARRAYS(shape)}, "v" #t #Name, \
+               Function{ORBA_SCALARS(shape)});                        \
+  }
+#define ORBA_SAME_KERNEL(shape, t, Name, accuracy, same_as) \
+  ORBA_ENTRY(shape, t, Name, accuracy)                      \
+  __attribute__((alias(ORBA_STRING(ORBA_KERNEL_NAME(v##t##Name, same_as)))));
+
 #define ORBA_KERNEL_NAME_(class_name, row, accuracy) orba_##class_name##_##row##_##accuracy
 #define ORBA_KERNEL_NAME_EXPANDED(class_name, row, accuracy) \
   ORBA_KERNEL_NAME_(class_name, row, accuracy)
@@ -267,26 +334,14 @@ ORBA_INLINE void run_kernel(int32_t n, const Arrays<F>& x, const char* name, con
 #define ORBA_STRING_(x) #x
 #define ORBA_STRING(x) ORBA_STRING_(x)
 
-#define ORBA_KERNEL_1i_1o(t, Name, accuracy, ...)                                                \
-  extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(                                        \
-      int32_t n, const orba::vector::Type_##t::Element* a, orba::vector::Type_##t::Element* r) { \
-    using namespace orba::ORBA_CLASS_NAMESPACE;                                                  \
-    run_kernel<__VA_ARGS__>(n, {a, a, r, r}, "v" #t #Name);                                      \
-  }
-#define ORBA_KERNEL_2i_1o(t, Name, accuracy, ...)                                     \
-  extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(                             \
-      int32_t n, const orba::vector::Type_##t::Element* a,                            \
-      const orba::vector::Type_##t::Element* b, orba::vector::Type_##t::Element* r) { \
-    using namespace orba::ORBA_CLASS_NAMESPACE;                                       \
-    run_kernel<__VA_ARGS__>(n, {a, b, r, r}, "v" #t #Name);                           \
-  }
-#define ORBA_KERNEL_1i_2o(t, Name, accuracy, ...)                                               \
-  extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(                                       \
-      int32_t n, const orba::vector::Type_##t::Element* a, orba::vector::Type_##t::Element* r1, \
-      orba::vector::Type_##t::Element* r2) {                                                    \
-    using namespace orba::ORBA_CLASS_NAMESPACE;                                                 \
-    run_kernel<__VA_ARGS__>(n, {a, a, r1, r2}, "v" #t #Name);                                   \
-  }
-#define ORBA_SAME_KERNEL(row, shape, t, accuracy, same_as)                                        \
-  extern "C" orba::vector::Kernel_##shape<orba::vector::Type_##t> ORBA_KERNEL_NAME(row, accuracy) \
-      __attribute__((alias(ORBA_STRING(ORBA_KERNEL_NAME(row, same_as)))));
+// Initialisers of the arrays and of the scalars of a shape.
+#define ORBA_ARRAYS(shape) ORBA_SHAPE_##shape(ORBA_ARRAY_, )
+#define ORBA_ARRAY_(t, kind, type, name) ORBA_ARRAY_##kind##_(name)
+#define ORBA_ARRAY_in_(name) .name = name,
+#define ORBA_ARRAY_out_(name) .name = name,
+#define ORBA_ARRAY_scalar_(name)
+#define ORBA_SCALARS(shape) ORBA_SHAPE_##shape(ORBA_SCALAR_, )
+#define ORBA_SCALAR_(t, kind, type, name) ORBA_SCALAR_##kind##_(name)
+#define ORBA_SCALAR_in_(name)
+#define ORBA_SCALAR_out_(name)
+#define ORBA_SCALAR_scalar_(name) name,

@@ -112,6 +112,9 @@ struct PackOf<KamComplex16> {
   using Part = double;
 };
 
+template <class E>
+constexpr bool is_complex = !__is_same(E, typename PackOf<E>::Part);
+
 // Elements of a pack, the same for reals and pairs of one precision.
 template <class E>
 constexpr int pack_size = sizeof(typename PackOf<E>::Part) == 8 ? F64::lanes : F32::lanes;
@@ -182,6 +185,17 @@ ORBA_INLINE void store_pack(E* p, int live, Pairs<V> x) {
   store_two(parts(p), 2 * live, x);
 }
 ORBA_INLINE void store_pack(double* p, int live, Wide<F64> x) { store_two(p, live, x); }
+
+// Elements of x where the mask is set, else those of y.
+template <class M, class V>
+ORBA_INLINE V merge(M m, V x, V y) {
+  return select(m, x, y);
+}
+template <class M, class V>
+ORBA_INLINE Pairs<V> merge(M m, Pairs<V> x, Pairs<V> y) {
+  const Complex<V> u = split(x), v = split(y);
+  return join(Complex<V>{select(m, u.re, v.re), select(m, u.im, v.im)});
+}
 
 // Bit i of the result is the flag of element i of the pack.
 ORBA_INLINE uint32_t element_bits(M64 m) { return bits(m); }

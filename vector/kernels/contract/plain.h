@@ -109,7 +109,7 @@ ORBA_INLINE void run_plain(int32_t n, const E* a, const E* b, E* r) {
 
 template <class Op, class E>
 ORBA_INLINE void run_plain(int32_t n, const E* a, const E* b, E* r) {
-  run_kernel<Plain<Op, E> >(n, {a, b, r, r}, "");
+  run_kernel(n, Arrays<Plain<Op, E>>{a, b, r, r}, "");
 }
 
 #endif
@@ -117,18 +117,9 @@ ORBA_INLINE void run_plain(int32_t n, const E* a, const E* b, E* r) {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-#define ORBA_PLAIN_KERNEL_1i_1o(t, Name, Op)                                                     \
-  extern "C" void ORBA_KERNEL_NAME(v##t##Name, LA)(                                              \
-      int32_t n, const orba::vector::Type_##t::Element* a, orba::vector::Type_##t::Element* r) { \
-    orba::ORBA_CLASS_NAMESPACE::run_plain<orba::ORBA_CLASS_NAMESPACE::Op>(n, a, a, r);           \
-  }                                                                                              \
-  ORBA_SAME_KERNEL(v##t##Name, 1i_1o, t, HA, LA)                                                 \
-  ORBA_SAME_KERNEL(v##t##Name, 1i_1o, t, EP, LA)
-#define ORBA_PLAIN_KERNEL_2i_1o(t, Name, Op)                                           \
-  extern "C" void ORBA_KERNEL_NAME(v##t##Name, LA)(                                    \
-      int32_t n, const orba::vector::Type_##t::Element* a,                             \
-      const orba::vector::Type_##t::Element* b, orba::vector::Type_##t::Element* r) {  \
-    orba::ORBA_CLASS_NAMESPACE::run_plain<orba::ORBA_CLASS_NAMESPACE::Op>(n, a, b, r); \
-  }                                                                                    \
-  ORBA_SAME_KERNEL(v##t##Name, 2i_1o, t, HA, LA)                                       \
-  ORBA_SAME_KERNEL(v##t##Name, 2i_1o, t, EP, LA)
+#define ORBA_PLAIN_KERNEL(shape, t, Name, Op)                                          \
+  ORBA_ENTRY(shape, t, Name, ALL) {                                                    \
+    using namespace orba::ORBA_CLASS_NAMESPACE;                                        \
+    const Arrays<Plain<Op, orba::vector::Type_##t::Element>> x = {ORBA_ARRAYS(shape)}; \
+    run_plain<Op>(n, x.a, x.b, x.y);                                                   \
+  }

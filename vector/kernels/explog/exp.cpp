@@ -135,33 +135,33 @@ struct Exp : F {
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
 #if ORBA_CLASS == 5
-ORBA_KERNEL_1i_1o(d, Exp, HA, Exp<ExpFull<F64, 16, expm1_series<16>>>)
-ORBA_KERNEL_1i_1o(d, Exp, LA, Exp<ExpFull<F64, 16>>)
-ORBA_KERNEL_1i_1o(d, Exp, EP, Exp<ExpShort<F64, 16>>)
-ORBA_KERNEL_1i_1o(s, Exp, HA, Exp<ExpFull<F32, 16>>)
-ORBA_KERNEL_1i_1o(s, Exp, EP, Exp<ExpShort<F32, 16>>)
+ORBA_KERNEL(1i_1o, d, Exp, HA, Exp<ExpFull<F64, 16, expm1_series<16>>>)
+ORBA_KERNEL(1i_1o, d, Exp, LA, Exp<ExpFull<F64, 16>>)
+ORBA_KERNEL(1i_1o, d, Exp, EP, Exp<ExpShort<F64, 16>>)
+ORBA_KERNEL(1i_1o, s, Exp, HA, Exp<ExpFull<F32, 16>>)
+ORBA_KERNEL(1i_1o, s, Exp, EP, Exp<ExpShort<F32, 16>>)
 #elif ORBA_CLASS == 3
-ORBA_KERNEL_1i_1o(d, Exp, HA, Exp<ExpFull<F64, 64>>)
-ORBA_SAME_KERNEL(vdExp, 1i_1o, d, LA, HA)
-ORBA_KERNEL_1i_1o(d, Exp, EP, Exp<ExpShort<F64, 64>>)
-ORBA_KERNEL_1i_1o(s, Exp, HA, Exp<ExpFull<F32, 8>>)
-ORBA_KERNEL_1i_1o(s, Exp, EP, Exp<ExpNoTable>)
+ORBA_KERNEL(1i_1o, d, Exp, HA, Exp<ExpFull<F64, 64>>)
+ORBA_SAME_KERNEL(1i_1o, d, Exp, LA, HA)
+ORBA_KERNEL(1i_1o, d, Exp, EP, Exp<ExpShort<F64, 64>>)
+ORBA_KERNEL(1i_1o, s, Exp, HA, Exp<ExpFull<F32, 8>>)
+ORBA_KERNEL(1i_1o, s, Exp, EP, Exp<ExpNoTable>)
 #elif ORBA_CLASS == 2
-ORBA_KERNEL_1i_1o(d, Exp, HA, Exp<ExpFull<F64, 64>>)
-ORBA_SAME_KERNEL(vdExp, 1i_1o, d, LA, HA)
-ORBA_KERNEL_1i_1o(d, Exp, EP, Exp<ExpShort<F64, 64>>)
-ORBA_KERNEL_1i_1o(s, Exp, HA, Exp<ExpFull<F32, 64>>)
-ORBA_KERNEL_1i_1o(s, Exp, EP, Exp<ExpNoTable>)
+ORBA_KERNEL(1i_1o, d, Exp, HA, Exp<ExpFull<F64, 64>>)
+ORBA_SAME_KERNEL(1i_1o, d, Exp, LA, HA)
+ORBA_KERNEL(1i_1o, d, Exp, EP, Exp<ExpShort<F64, 64>>)
+ORBA_KERNEL(1i_1o, s, Exp, HA, Exp<ExpFull<F32, 64>>)
+ORBA_KERNEL(1i_1o, s, Exp, EP, Exp<ExpNoTable>)
 #else
 // Class 0 in double precision has no path of its own for calls without error handling.
 #  if ORBA_CLASS == 1
-ORBA_KERNEL_1i_1o(d, Exp, HA, Exp<ExpFull<F64, 64>>)
+ORBA_KERNEL(1i_1o, d, Exp, HA, Exp<ExpFull<F64, 64>>)
 #  else
-ORBA_KERNEL_1i_1o(d, Exp, HA, ExpFull<F64, 64>)
+ORBA_KERNEL(1i_1o, d, Exp, HA, ExpFull<F64, 64>)
 #  endif
-ORBA_SAME_KERNEL(vdExp, 1i_1o, d, LA, HA)
-ORBA_SAME_KERNEL(vdExp, 1i_1o, d, EP, HA)
-ORBA_KERNEL_1i_1o(s, Exp, HA, Exp<ExpFull<F32, 64>>)
-ORBA_SAME_KERNEL(vsExp, 1i_1o, s, EP, HA)
+ORBA_SAME_KERNEL(1i_1o, d, Exp, LA, HA)
+ORBA_SAME_KERNEL(1i_1o, d, Exp, EP, HA)
+ORBA_KERNEL(1i_1o, s, Exp, HA, Exp<ExpFull<F32, 64>>)
+ORBA_SAME_KERNEL(1i_1o, s, Exp, EP, HA)
 #endif
-ORBA_SAME_KERNEL(vsExp, 1i_1o, s, LA, HA)
+ORBA_SAME_KERNEL(1i_1o, s, Exp, LA, HA)

@@ -110,14 +110,14 @@ constexpr int kRowsShort32 = kClass == 3 ? 8 : kRows32;
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_KERNEL_1i_1o(d, Expm1, HA, Expm1Full<F64, kRows64>)
-ORBA_SAME_KERNEL(vdExpm1, 1i_1o, d, LA, HA)
-ORBA_KERNEL_1i_1o(s, Expm1, HA, Expm1Full<F32, kRows32>)
-ORBA_SAME_KERNEL(vsExpm1, 1i_1o, s, LA, HA)
+ORBA_KERNEL(1i_1o, d, Expm1, HA, Expm1Full<F64, kRows64>)
+ORBA_SAME_KERNEL(1i_1o, d, Expm1, LA, HA)
+ORBA_KERNEL(1i_1o, s, Expm1, HA, Expm1Full<F32, kRows32>)
+ORBA_SAME_KERNEL(1i_1o, s, Expm1, LA, HA)
 #if ORBA_CLASS >= 2
-ORBA_KERNEL_1i_1o(d, Expm1, EP, Expm1Short<F64, kRows64>)
-ORBA_KERNEL_1i_1o(s, Expm1, EP, Expm1Short<F32, kRowsShort32>)
+ORBA_KERNEL(1i_1o, d, Expm1, EP, Expm1Short<F64, kRows64>)
+ORBA_KERNEL(1i_1o, s, Expm1, EP, Expm1Short<F32, kRowsShort32>)
 #else
-ORBA_SAME_KERNEL(vdExpm1, 1i_1o, d, EP, HA)
-ORBA_SAME_KERNEL(vsExpm1, 1i_1o, s, EP, HA)
+ORBA_SAME_KERNEL(1i_1o, d, Expm1, EP, HA)
+ORBA_SAME_KERNEL(1i_1o, s, Expm1, EP, HA)
 #endif

@@ -99,19 +99,19 @@ struct LogKernel : LogCallout<typename Base::CalloutData, V> {
 // The kernels of a logarithm, from a template over vector and accuracy. Without FMA the three
 // accuracies of a double share one kernel but for EP, those of a float one.
 #if ORBA_CLASS >= 3
-#  define ORBA_LOG_KERNELS(Name, Kernel)             \
-    ORBA_KERNEL_1i_1o(d, Name, HA, Kernel<F64, kHa>) \
-    ORBA_KERNEL_1i_1o(d, Name, LA, Kernel<F64, kLa>) \
-    ORBA_KERNEL_1i_1o(d, Name, EP, Kernel<F64, kEp>) \
-    ORBA_KERNEL_1i_1o(s, Name, HA, Kernel<F32, kHa>) \
-    ORBA_KERNEL_1i_1o(s, Name, LA, Kernel<F32, kLa>) \
-    ORBA_KERNEL_1i_1o(s, Name, EP, Kernel<F32, kEp>)
+#  define ORBA_LOG_KERNELS(Name, Kernel)              \
+    ORBA_KERNEL(1i_1o, d, Name, HA, Kernel<F64, kHa>) \
+    ORBA_KERNEL(1i_1o, d, Name, LA, Kernel<F64, kLa>) \
+    ORBA_KERNEL(1i_1o, d, Name, EP, Kernel<F64, kEp>) \
+    ORBA_KERNEL(1i_1o, s, Name, HA, Kernel<F32, kHa>) \
+    ORBA_KERNEL(1i_1o, s, Name, LA, Kernel<F32, kLa>) \
+    ORBA_KERNEL(1i_1o, s, Name, EP, Kernel<F32, kEp>)
 #else
-#  define ORBA_LOG_KERNELS(Name, Kernel)             \
-    ORBA_KERNEL_1i_1o(d, Name, HA, Kernel<F64, kHa>) \
-    ORBA_SAME_KERNEL(vd##Name, 1i_1o, d, LA, HA)     \
-    ORBA_KERNEL_1i_1o(d, Name, EP, Kernel<F64, kEp>) \
-    ORBA_KERNEL_1i_1o(s, Name, HA, Kernel<F32, kHa>) \
-    ORBA_SAME_KERNEL(vs##Name, 1i_1o, s, LA, HA)     \
-    ORBA_SAME_KERNEL(vs##Name, 1i_1o, s, EP, HA)
+#  define ORBA_LOG_KERNELS(Name, Kernel)              \
+    ORBA_KERNEL(1i_1o, d, Name, HA, Kernel<F64, kHa>) \
+    ORBA_SAME_KERNEL(1i_1o, d, Name, LA, HA)          \
+    ORBA_KERNEL(1i_1o, d, Name, EP, Kernel<F64, kEp>) \
+    ORBA_KERNEL(1i_1o, s, Name, HA, Kernel<F32, kHa>) \
+    ORBA_SAME_KERNEL(1i_1o, s, Name, LA, HA)          \
+    ORBA_SAME_KERNEL(1i_1o, s, Name, EP, HA)
 #endif
