@@ -7,6 +7,7 @@ from dataclasses import dataclass, field
 
 ACCURACIES = ("LA", "HA", "EP")
 KERNEL = re.compile(r"(v[sdcz]\w+)/class:(\d)/acc:([A-Z_]+)/n:(\d+)$")
+SPECIAL = re.compile(r"/special:(\d+)(?=/n:)")
 PEER = re.compile(r"(v[sdcz]\w+)/peer:(\w+)/class:(\d)/n:(\d+)$")
 CALL = re.compile(r"(v[sdcz]\w+)/call/acc:([A-Z]+)/n:(\d+)$")
 
@@ -16,10 +17,12 @@ class Measurement:
     """One kernel, peer or exported call. Of repeated measurements the fastest counts."""
 
     ticks: dict = field(default_factory=dict)  # n -> time-stamp-counter ticks per element
+    special: dict = field(default_factory=dict)  # the same with special lanes: percent -> ticks
     max_ulp: float = math.nan
 
-    def add(self, n, entry):
-        self.ticks[n] = min(self.ticks.get(n, math.inf), entry["tsc_per_element"])
+    def add(self, n, percent, entry):
+        table, key = (self.ticks, n) if percent is None else (self.special, percent)
+        table[key] = min(table.get(key, math.inf), entry["tsc_per_element"])
         self.max_ulp = entry.get("max_ulp", self.max_ulp)
 
 
@@ -40,6 +43,8 @@ class Run:
         name = entry["run_name"]
         if entry.get("error_occurred"):
             raise ValueError(f"{name}: {entry['error_message']}")
+        special = SPECIAL.search(name)
+        name = SPECIAL.sub("", name)
         if match := KERNEL.match(name):
             function, kernel_class, shared, n = match.groups()
             table, key = self.kernels.setdefault((function, int(kernel_class)), {}), shared
@@ -51,7 +56,7 @@ class Run:
             table = self.calls.setdefault(function, {})
         else:
             raise ValueError(f"unknown benchmark {name}")
-        table.setdefault(key, Measurement()).add(int(n), entry)
+        table.setdefault(key, Measurement()).add(int(n), int(special[1]) if special else None, entry)
 
     def nanoseconds(self, measurement, n):
         """Time of one call."""

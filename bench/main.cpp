@@ -2,8 +2,9 @@
 //
 //   vdExp/class:5/acc:LA/n:1000            a kernel, called through its row
 //   vdExp/class:0/acc:LA_HA_EP/n:1000      one that three accuracies share
+//   vdExp/class:5/acc:LA/special:1/n:1000  the same with 1 % of special arguments among the others
 //   vdExp/call/acc:LA/n:8                  the exported function, as an application calls it
-//   vdExp/peer:sleef_u10/class:5/n:1000    a peer at the vector width of the class
+//   vdExp/peer:sleef_u10/class:5/n:1000    a peer at the vector width of the class; special too
 //
 // --benchmark_filter=REGEX picks a subset. Counters: tsc_per_element, ticks of the time-stamp
 // counter per element in the fastest batch of calls (other load on the machine slows some batches,
@@ -45,9 +46,12 @@ namespace orba::bench {
 namespace {
 
 constexpr int kLengths[] = {8, 100, 1000, 100000};
-constexpr int kBatch = 100000;      // elements in a batch of calls that is timed as one
-constexpr int kErrorLength = 1000;  // the length whose run also reports the error
-constexpr int kSample = 200000;     // arguments of an error measurement; no length is above it
+constexpr int kCallLengths[] = {1, 4, 8, 100, 1000, 100000};
+constexpr int kSpecialPercents[] = {1, 10};
+constexpr int kBatch = 100000;  // elements in a batch of calls that is timed as one
+constexpr int kMainLength =
+    1000;  // the length whose run also reports the error, or has special lanes
+constexpr int kSample = 200000;  // arguments of an error measurement; no length is above it
 
 struct Peer {
   std::string function;
@@ -145,6 +149,7 @@ struct Workload<Case, void(int32_t, P...)> {
   using Out = decltype(ElementOf<false>::template find<P...>());
 
   Array<In> in[2] = {Array<In>(0), Array<In>(1)};
+  int percent = 0;  // of special arguments at present
   Array<Out> out[2] = {Array<Out>(2), Array<Out>(3)};
   std::vector<ExactValue> exact;
 
@@ -157,6 +162,25 @@ struct Workload<Case, void(int32_t, P...)> {
       exact.push_back(
           ExactValue::of(Case::at(exact::widen(in[0][i]), exact::widen(in[1][i])), Out()));
     }
+  }
+
+  // Puts the function's special argument, in the last input, at that many percent of the places of
+  // a run of the main length; at 0 percent the ordinary ones are back.
+  void mix(int wanted) {
+    if (wanted == percent) return;
+    constexpr int last =
+        std::is_same_v<
+            std::tuple_element_t<std::min<size_t>(1, sizeof...(P) - 1), std::tuple<P...>>,
+            const In*>
+            ? 1
+            : 0;
+    if (ordinary_.empty()) ordinary_.assign(in[last].data(), in[last].data() + kMainLength);
+    std::copy(ordinary_.begin(), ordinary_.end(), in[last].data());
+    std::mt19937_64 engine{7};
+    for (int i = 0; i < kMainLength; ++i) {
+      if (static_cast<int>(engine() % 100) < wanted) in[last][i] = special();
+    }
+    percent = wanted;
   }
 
   // The arguments that follow the count, in order: arrays as they come, the last input's first
@@ -178,6 +202,14 @@ struct Workload<Case, void(int32_t, P...)> {
   }
 
  private:
+  static In special() {
+    if constexpr (std::is_floating_point_v<In>) {
+      return static_cast<In>(Case::special(In()));
+    } else {
+      return {Case::special(decltype(In::real)()), 1};
+    }
+  }
+
   template <class Parameter>
   Parameter argument(int& inputs, int& outputs) {
     if constexpr (!std::is_pointer_v<Parameter>) {
@@ -188,6 +220,8 @@ struct Workload<Case, void(int32_t, P...)> {
       return out[outputs++].data();
     }
   }
+
+  std::vector<In> ordinary_;
 };
 
 // The workload in use. Functions are measured one after the other, so one is enough.
@@ -197,11 +231,16 @@ std::any current_workload;
 template <class Case, class Signature>
 class Candidate {
  public:
-  Candidate(Signature* function, uint32_t mode, int n, bool with_error)
-      : function_(function), mode_(mode), n_(n), with_error_(with_error) {}
+  Candidate(Signature* function, uint32_t mode, int n, bool with_error, int special_percent = 0)
+      : function_(function),
+        mode_(mode),
+        n_(n),
+        with_error_(with_error),
+        special_percent_(special_percent) {}
 
   void operator()(benchmark::State& state) {
     Workload<Case, Signature>& workload = load();
+    workload.mix(special_percent_);
     kamSetMode(mode_);
     kamClearErrStatus();
     const auto arguments = workload.arguments();
@@ -220,7 +259,7 @@ class Candidate {
       if (!max_ulp_) max_ulp_ = workload.max_ulp(function_);
       state.counters["max_ulp"] = *max_ulp_;
     }
-    if (kamGetErrStatus() != KAM_STATUS_OK) {
+    if (special_percent_ == 0 && kamGetErrStatus() != KAM_STATUS_OK) {
       state.SkipWithError("an argument was reported as an error");
     }
   }
@@ -235,6 +274,7 @@ class Candidate {
   uint32_t mode_;
   int n_;
   bool with_error_;
+  int special_percent_;
   std::optional<double> max_ulp_;
 };
 
@@ -244,11 +284,16 @@ constexpr const char* kAccuracyNames[] = {"LA", "HA", "EP"};
 template <class Case, class Signature>
 void add_function(const std::string& function, const vector::KamKernelRow& row,
                   Signature* exported) {
-  const auto add = [&](const std::string& what, Signature* entry, uint32_t mode, bool with_error) {
-    for (const int n : kLengths) {
-      benchmark::RegisterBenchmark(
-          (function + what + "/n:" + std::to_string(n)).c_str(),
-          Candidate<Case, Signature>(entry, mode, n, with_error && n == kErrorLength));
+  const auto add = [&](const std::string& what, int n, Candidate<Case, Signature> candidate) {
+    benchmark::RegisterBenchmark((function + what + "/n:" + std::to_string(n)).c_str(), candidate);
+  };
+  const auto add_lengths = [&](const std::string& what, Signature* entry) {
+    for (const int n : kLengths) add(what, n, {entry, KAM_HA, n, n == kMainLength});
+    if constexpr (Case::kHasSpecial) {
+      for (const int percent : kSpecialPercents) {
+        add(what + "/special:" + std::to_string(percent), kMainLength,
+            {entry, KAM_HA | KAM_ERRMODE_IGNORE, kMainLength, false, percent});
+      }
     }
   };
 
@@ -269,17 +314,18 @@ void add_function(const std::string& function, const vector::KamKernelRow& row,
       }
     }
     for (const auto& [kernel, accuracies] : kernels) {
-      add(class_part + "/acc:" + accuracies, reinterpret_cast<Signature*>(kernel), KAM_HA, true);
+      add_lengths(class_part + "/acc:" + accuracies, reinterpret_cast<Signature*>(kernel));
     }
     for (const Peer& peer : peers()) {
       if (peer.function == function && peer.kernel_class == kernel_class) {
-        add("/peer:" + peer.name + class_part, reinterpret_cast<Signature*>(peer.entry), KAM_HA,
-            true);
+        add_lengths("/peer:" + peer.name + class_part, reinterpret_cast<Signature*>(peer.entry));
       }
     }
   }
   for (const uint32_t mode : {KAM_LA, KAM_HA, KAM_EP}) {
-    add(std::string("/call/acc:") + kAccuracyNames[mode - KAM_LA], exported, mode, false);
+    for (const int n : kCallLengths) {
+      add(std::string("/call/acc:") + kAccuracyNames[mode - KAM_LA], n, {exported, mode, n, false});
+    }
   }
 }
 

@@ -36,14 +36,30 @@ inline Complex widen(KamComplex8 x) { return {x.real, x.imag}; }
 inline Complex widen(KamComplex16 x) { return {x.real, x.imag}; }
 
 // A case per function: the interval of its arguments and its exact value.
-#define ORBA_BENCH_CASE(Name, low, high, value) \
-  struct Case_##Name {                          \
-    static constexpr double kLow = low;         \
-    static constexpr double kHigh = high;       \
-    template <class Q>                          \
-    static auto at(Q a, [[maybe_unused]] Q b) { \
-      return value;                             \
-    }                                           \
+// What a case may name as its special argument.
+template <class T>
+constexpr T kNone = std::numeric_limits<T>::quiet_NaN();
+template <class T>
+constexpr T kDenormal = 1000 * std::numeric_limits<T>::denorm_min();
+template <class T>
+constexpr T kInfinity = std::numeric_limits<T>::infinity();
+// An argument of the exponential whose result is denormal.
+template <class T>
+constexpr T kUnderflowing = sizeof(T) == sizeof(float) ? T(-90) : T(-720);
+
+#define ORBA_BENCH_CASE(Name, low, high, value, special_argument)                             \
+  struct Case_##Name {                                                                        \
+    static constexpr double kLow = low;                                                       \
+    static constexpr double kHigh = high;                                                     \
+    static constexpr bool kHasSpecial = special_argument<double> == special_argument<double>; \
+    template <class T>                                                                        \
+    static T special(T) {                                                                     \
+      return special_argument<T>;                                                             \
+    }                                                                                         \
+    template <class Q>                                                                        \
+    static auto at(Q a, [[maybe_unused]] Q b) {                                               \
+      return value;                                                                           \
+    }                                                                                         \
   };
 #include "bench/cases.def"
 #undef ORBA_BENCH_CASE

@@ -12,6 +12,8 @@ from benchmark_run import ACCURACIES, Run
 
 MAIN_LENGTH = 1000
 LENGTHS = (8, 100, 1000, 100000)
+CALL_LENGTHS = (1, 4, 8, 100, 1000, 100000)
+SPECIAL_PERCENTS = (1, 10)
 CHART_CLASSES = (3, 5)
 TYPES = {"s": "Single precision", "d": "Double precision",
          "c": "Complex, single precision", "z": "Complex, double precision"}
@@ -151,7 +153,23 @@ def call_rows(run, functions):
     for function in functions:
         for accuracy, call in run.calls.get(function, {}).items():
             yield [function, accuracy, *(f"{run.nanoseconds(call, n):.1f}" if n in call.ticks else ""
-                                         for n in LENGTHS)]
+                                         for n in CALL_LENGTHS)]
+
+
+def special_rows(run, functions):
+    """Ticks per element with special lanes, beside the fastest comparable peer on the same data."""
+    for function in functions:
+        for kernel_class in CHART_CLASSES:
+            for shared, kernel in run.kernels.get((function, kernel_class), {}).items():
+                if not kernel.special:
+                    continue
+                best = fastest_comparable(run, function, kernel_class, shared)
+                peer = best[1].special if best else {}
+                yield [function, str(kernel_class), shared.replace("_", " "),
+                       number(kernel.ticks.get(MAIN_LENGTH)),
+                       *(number(kernel.special.get(percent)) for percent in SPECIAL_PERCENTS),
+                       best[0] if best else "none",
+                       *(number(peer.get(percent)) for percent in SPECIAL_PERCENTS)]
 
 
 class Chart:
@@ -240,6 +258,10 @@ comparable accuracy: LA and HA against peers whose measured error is below 1 ULP
 functions and functions without such a peer against those below 4 ULP. Errors are the largest over
 the sample of the benchmark, whose arguments lie where timing is done (`bench/cases.def`), not over
 the whole domain; those of complex results are measured on the modulus.
+
+Functions whose kernels hand some lanes to a scalar routine are measured also with 1 % and 10 % of such
+lanes at random places (for logarithms and roots denormal arguments, for Exp arguments of denormal
+results, infinities for the others), on the same data as the fastest comparable peer.
 """
 
 
@@ -282,8 +304,14 @@ def main(docs, *passes):
         lines += table(["function", "class", *peer_names(run, functions)],
                        list(peer_rows(run, functions)))
         lines += ["### Exported calls, nanoseconds per call", ""]
-        lines += table(["function", "accuracy", *(f"n = {n}" for n in LENGTHS)],
+        lines += table(["function", "accuracy", *(f"n = {n}" for n in CALL_LENGTHS)],
                        list(call_rows(run, functions)))
+        if special := list(special_rows(run, functions)):
+            lines += [f"### Special lanes, ticks per element at n = {MAIN_LENGTH}", ""]
+            lines += table(["function", "class", "accuracy", "none",
+                            *(f"{percent} %" for percent in SPECIAL_PERCENTS),
+                            "fastest comparable peer",
+                            *(f"peer, {percent} %" for percent in SPECIAL_PERCENTS)], special)
     (docs / "performance.md").write_text("\n".join(lines).rstrip() + "\n", encoding="utf-8")
 
 
