@@ -170,16 +170,17 @@ ORBA_INLINE F64 excess(F64 c, F64 x) {
 }
 ORBA_INLINE F32 excess(F32 c, F32 x) { return mul_sub(c, x, F32(1)); }
 
-// The reduction of a normal x; where reciprocals are approximate, a flagged one is not positive and
-// normal, or has no normal reciprocal.
+// The reduction of a normal x; where reciprocals are approximate, of an x whose rounded reciprocal
+// is normal, flushed denormals or not. Others are flagged.
 template <class Data, class V>
 class LogReduction {
  public:
   ORBA_INLINE explicit LogReduction(V x) {
     if constexpr (Data::reciprocal == Reciprocal::kApproximate) {
-      const V y = approx_recip(x);
-      special_ = not_positive_normal(y);
-      c_ = rounded(y);
+      // Rounded an estimate just below the largest number becomes infinity, one just below the
+      // smallest normal number normal.
+      c_ = rounded(approx_recip(x));
+      special_ = not_positive_normal(c_);
       k_ = exponent(c_);
       index_ = shr<shift>(as_bits(c_));
     } else {
