@@ -140,5 +140,5 @@ ORBA_COMPLEX_KERNELS(complex_to_real, TestNorm, Norm)
 ORBA_COMPLEX_KERNELS(real_to_complex, TestUnit, Unit)
 ORBA_REAL_KERNELS(linear_fraction, TestFraction, Fraction)
 ORBA_ENTRY(pack_increment, z, TestGather, ALL) {
-  for (int64_t i = 0; i < n; ++i) y[i] = a[i * inca];
+  for (int64_t i = 0; i < n && y != nullptr; ++i) y[i] = a[i * inca];
 }
