@@ -30,10 +30,15 @@ set(ORBA_CLASS_5_FLAGS ${ORBA_CLASS_3_FLAGS} -mavx512f -mavx512dq -mavx512bw -ma
                        -mprefer-vector-width=512)
 
 # Compiles the same sources once per processor class into object libraries PREFIX_c0 ... PREFIX_c5.
+# Those in a folder named baseline serve all classes: they are compiled for class 0 alone.
 function(orba_add_class_objects prefix)
   foreach(class IN LISTS ORBA_KERNEL_CLASSES)
     set(target ${prefix}_c${class})
-    add_library(${target} OBJECT ${ARGN})
+    set(sources ${ARGN})
+    if(NOT class EQUAL 0)
+      list(FILTER sources EXCLUDE REGEX "/baseline/")
+    endif()
+    add_library(${target} OBJECT ${sources})
     target_link_libraries(${target} PRIVATE orba_options orba_class_warnings)
     target_compile_definitions(${target} PRIVATE ORBA_CLASS=${class} ORBA_CLASS_NAMESPACE=c${class})
     target_compile_options(${target} PRIVATE ${ORBA_CLASS_${class}_FLAGS}

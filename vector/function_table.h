@@ -11,6 +11,10 @@
 #define ORBA_KAM_PASTE(a, b) ORBA_KAM_PASTE_(a, b)
 
 #define ORBA_KAM_TYPES(types) ORBA_KAM_PASTE(ORBA_KAM_TYPES_, types)
+#define ORBA_KAM_TYPES_s(X, ...) X(s, __VA_ARGS__)
+#define ORBA_KAM_TYPES_d(X, ...) X(d, __VA_ARGS__)
+#define ORBA_KAM_TYPES_c(X, ...) X(c, __VA_ARGS__)
+#define ORBA_KAM_TYPES_z(X, ...) X(z, __VA_ARGS__)
 #define ORBA_KAM_TYPES_sd(X, ...) X(s, __VA_ARGS__) X(d, __VA_ARGS__)
 #define ORBA_KAM_TYPES_cz(X, ...) X(c, __VA_ARGS__) X(z, __VA_ARGS__)
 #define ORBA_KAM_TYPES_sdcz(X, ...) \

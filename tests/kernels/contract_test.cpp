@@ -1,20 +1,20 @@
 // What every kernel promises whatever it computes: it writes its n results and nothing else, each
 // result depends on its element alone, the floating-point environment comes back, and elements in
-// error are reported one by one in ascending order.
+// error are reported one by one in ascending order. The tests' own functions stand beside the
+// library's, so that each shape and each use of the kernel contract is there.
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <xmmintrin.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <random>
 #include <string_view>
-#include <type_traits>
 
+#include "tests/kernels/functions/functions.h"
 #include "tests/support/kernel_subjects.h"
 
 namespace orba::test {
@@ -22,35 +22,20 @@ namespace {
 
 constexpr int kMaxCount = 70;
 constexpr int kMaxOffset = 7;
+constexpr int kRotation =
+    9;  // a step on in any vector length, a vector further in the shorter ones
 constexpr uint32_t kDefaultMxcsr = 0x1f80;
 constexpr uint32_t kMxcsrFlags = 0x3f;
 constexpr uint32_t kMxcsrFlushAndDenormalsAreZero = 0x8040;
 
-// Numbers between two pages that must not be touched.
-template <class Real>
-class GuardedArray {
- public:
-  explicit GuardedArray(size_t numbers) : numbers_(numbers) {
-    const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-    body_ = (numbers * sizeof(Real) + page - 1) / page * page;
-    mapping_ = static_cast<char*>(
-        mmap(nullptr, body_ + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-    size_ = body_ + 2 * page;
-    first_ = mapping_ + page;
-    mprotect(first_, body_, PROT_READ | PROT_WRITE);
-  }
-  ~GuardedArray() { munmap(mapping_, size_); }
-  GuardedArray(const GuardedArray&) = delete;
-  GuardedArray& operator=(const GuardedArray&) = delete;
-
-  Real* front() { return reinterpret_cast<Real*>(first_); }  // just behind a guard page
-  Real* back() { return reinterpret_cast<Real*>(first_ + body_) - numbers_; }  // just before one
-
- private:
-  size_t numbers_, body_, size_;
-  char* mapping_;
-  char* first_;
-};
+// Pages between two that must not be touched: where they begin and end. They stay for good.
+std::pair<char*, char*> guarded_pages() {
+  const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  void* const all = mmap(nullptr, 4 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  char* const first = static_cast<char*>(all) + page;
+  mprotect(first, 2 * page, PROT_READ | PROT_WRITE);
+  return {first, first + 2 * page};
+}
 
 // Ordinary numbers, or the same with special ones strewn in. At most one NaN per element, so that
 // its payload doesn't depend on the order of operands.
@@ -58,20 +43,21 @@ template <class Real>
 struct Inputs {
   std::vector<Real> a, b;
 
-  Inputs(const Subject& subject, int n, bool special) : a(n * subject.parts()), b(a.size()) {
+  Inputs(const Subject& subject, int n, bool special) : a(n * subject.parts_in), b(a.size()) {
     using Numbers = std::numeric_limits<Real>;
+    const Real inf = Numbers::infinity(), most = Numbers::max(), tiny = Numbers::denorm_min();
     const Real pool[] = {0,
                          -Real{0},
-                         Numbers::infinity(),
-                         -Numbers::infinity(),
-                         Numbers::max(),
-                         -1,
-                         -Numbers::max(),
+                         inf,
+                         -inf,
+                         most,
+                         -most,
                          Numbers::min(),
-                         Numbers::denorm_min(),
-                         -Numbers::denorm_min(),
-                         Real{1000},
-                         Real{-1000},
+                         tiny,
+                         -tiny,
+                         -1,
+                         1000,
+                         -1000,
                          Numbers::quiet_NaN()};
     std::mt19937 random(7);
     for (size_t i = 0; i < a.size(); ++i) {
@@ -81,7 +67,7 @@ struct Inputs {
     if (!special) return;
     const auto pick = [&](bool with_nan) { return pool[random() % (std::size(pool) - !with_nan)]; };
     for (int i = 0; i < n; i += 1 + static_cast<int>(random() % 3)) {
-      const size_t at = static_cast<size_t>(i) * subject.parts() + random() % subject.parts();
+      const size_t at = static_cast<size_t>(i) * subject.parts_in + random() % subject.parts_in;
       a[at] = pick(true);
       if (random() % 2 == 0) b[at] = pick(!std::isnan(a[at]));
     }
@@ -93,10 +79,23 @@ struct Inputs {
   }
 };
 
+// What lies in result arrays before a call, and in the second one after it where there is only one.
 template <class Real>
-bool same_bits(const Real* x, const Real* y, size_t count) {
-  return count == 0 || std::memcmp(x, y, count * sizeof(Real)) == 0;
-}
+constexpr Real kUntouched = static_cast<Real>(-0x1.5a5p-3);
+
+template <class Real>
+struct Results {
+  std::vector<Real> y, z;
+  explicit Results(size_t numbers) : y(numbers, kUntouched<Real>), z(y) {}
+  bool operator==(const Results& other) const {
+    return y.size() == other.y.size() && starts_with(other.y.data(), other.z.data(), y.size());
+  }
+  bool starts_with(const Real* other_y, const Real* other_z, size_t numbers) const {
+    const size_t bytes = numbers * sizeof(Real);
+    return bytes == 0 || (std::memcmp(y.data(), other_y, bytes) == 0 &&
+                          std::memcmp(z.data(), other_z, bytes) == 0);
+  }
+};
 
 // One element that a function reports. Functions without a row here never report.
 struct ErrorCase {
@@ -121,6 +120,9 @@ constexpr ErrorCase kErrorCases[] = {
     {"Mul", true, 1, 1, true, true, KAM_STATUS_OVERFLOW},
     {"MulByConj", true, 1, 1, true, true, KAM_STATUS_OVERFLOW},
     {"Div", true, 1, 1e-5, true, false, KAM_STATUS_OVERFLOW},
+    {"TestPair", false, -INFINITY, 0, false, false, KAM_STATUS_ERRDOM},
+    {"TestScale", false, 1, 0, true, false, KAM_STATUS_OVERFLOW},
+    {"TestShared", false, 1, 0, false, false, KAM_STATUS_SING},
 };
 
 // The case of a cell, null when it never reports.
@@ -138,9 +140,9 @@ const ErrorCase* find_error_case(const Subject& subject, const Cell& cell) {
 template <class Real>
 void put_error(const Subject& subject, const ErrorCase& error, Inputs<Real>& inputs, int at) {
   constexpr double kMost = std::numeric_limits<Real>::max();
-  for (int part = 0; part < subject.parts(); ++part) {
-    inputs.a[at * subject.parts() + part] = static_cast<Real>(error.a * (error.huge_a ? kMost : 1));
-    inputs.b[at * subject.parts() + part] = static_cast<Real>(error.b * (error.huge_b ? kMost : 1));
+  for (int i = at * subject.parts_in; i < (at + 1) * subject.parts_in; ++i) {
+    inputs.a[i] = static_cast<Real>(error.a * (error.huge_a ? kMost : 1));
+    inputs.b[i] = static_cast<Real>(error.b * (error.huge_b ? kMost : 1));
   }
 }
 
@@ -153,106 +155,118 @@ bool sets_environment(const Subject& subject, int kernel_class) {
   return kernel_class >= 2 || subject.complex() || !plain;
 }
 
-class Contract : public testing::TestWithParam<Subject> {
- protected:
-  // Calls body(Type, cell, kernel) for every distinct kernel.
-  template <class Body>
-  void for_each_kernel(Body&& body) {
-    const Subject& subject = GetParam();
-    with_type(subject, [&]<class Type>(Type type) {
-      for (const Cell& cell : cells(subject)) {
-        SCOPED_TRACE(subject.name() + " " + cell.name());
-        body(type, cell, subject.kernel(cell.classes[0], cell.accuracy));
-        if (HasFatalFailure()) return;
-      }
-    });
+// A kernel with the scalars that all calls here have.
+template <class Real>
+struct Kernel {
+  const Subject& subject;
+  vector::KamKernel entry;
+
+  void operator()(int n, const Real* a, const Real* b, Real* y, Real* z) const {
+    subject.invoke(entry, n, {{a, b}, {y, z}, kScalars<Real>});
+  }
+  Results<Real> operator()(const Inputs<Real>& x) const {
+    const size_t n = x.a.size() / subject.parts_in;
+    Results<Real> r(n * subject.parts_out);
+    (*this)(static_cast<int>(n), x.a.data(), x.b.data(), r.y.data(), r.z.data());
+    return r;
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(All, Contract, testing::ValuesIn(subjects()),
-                         [](const auto& subject) { return subject.param.name(); });
-
-// Each result has the bits that a call of one element gives, for every n at every offset; nothing
-// around them is written; in-place calls and calls at the edge of a page give the same.
-TEST_P(Contract, WritesItsResultsAndNothingElse) {
-  const Subject& subject = GetParam();
-  for_each_kernel([&]<class Type>(Type, const Cell& cell, vector::KamKernel kernel) {
-    using Real = typename Type::Real;
-    const size_t parts = subject.parts();
-    const size_t room = (kMaxCount + 2 * kMaxOffset + 64) * parts;
-    const WordsScope words(cell.accuracy | KAM_ERRMODE_IGNORE);
-    for (const bool special : {false, true}) {
-      const Inputs<Real> inputs(subject, kMaxCount, special);
-      std::vector<Real> want(kMaxCount * parts);
-      for (int i = 0; i < kMaxCount; ++i) {
-        call<Type>(subject, kernel, 1, &inputs.a[i * parts], &inputs.b[i * parts],
-                   &want[i * parts]);
-      }
-      // Whatever lies around the arrays must not matter; it differs between the inputs.
-      std::vector<Real> a(room, std::numeric_limits<Real>::quiet_NaN());
-      std::vector<Real> b(room, std::numeric_limits<Real>::infinity());
-      std::vector<Real> r(room), untouched(room, static_cast<Real>(-0x1.5a5p-3));
-      for (int offset = 0; offset <= kMaxOffset; ++offset) {
-        // Offsets count numbers, so complex elements also start between two of their places. The
-        // three arrays are misaligned in different ways.
-        Real* at_a = a.data() + 16 + offset;
-        Real* at_b = b.data() + 16 + (offset * 3 & 7);
-        Real* at_r = r.data() + 16 + (offset * 5 & 7);
-        for (int n = 0; n <= kMaxCount; ++n) {
-          const size_t count = n * parts;
-          std::copy_n(inputs.a.begin(), count, at_a);
-          std::copy_n(inputs.b.begin(), count, at_b);
-          r = untouched;
-          call<Type>(subject, kernel, n, at_a, at_b, at_r);
-          ASSERT_TRUE(same_bits(at_r, want.data(), count)) << "n=" << n << " offset=" << offset;
-          std::copy_n(untouched.begin(), count, at_r);
-          ASSERT_TRUE(same_bits(r.data(), untouched.data(), room))
-              << "wrote outside, n=" << n << " offset=" << offset;
-
-          std::copy_n(inputs.a.begin(), count, at_r);
-          call<Type>(subject, kernel, n, at_r, at_b, at_r);
-          ASSERT_TRUE(same_bits(at_r, want.data(), count)) << "r = a, n=" << n;
-          if (subject.operands() == 2) {
-            std::copy_n(inputs.b.begin(), count, at_r);
-            call<Type>(subject, kernel, n, at_a, at_r, at_r);
-            ASSERT_TRUE(same_bits(at_r, want.data(), count)) << "r = b, n=" << n;
-          }
-        }
-      }
-      for (int n = 1; n <= kMaxCount; ++n) {
-        const size_t count = n * parts;
-        GuardedArray<Real> ga(count), gb(count), gr(count);
-        for (const auto place : {&GuardedArray<Real>::front, &GuardedArray<Real>::back}) {
-          std::copy_n(inputs.a.begin(), count, (ga.*place)());
-          std::copy_n(inputs.b.begin(), count, (gb.*place)());
-          call<Type>(subject, kernel, n, (ga.*place)(), (gb.*place)(), (gr.*place)());
-          ASSERT_TRUE(same_bits((gr.*place)(), want.data(), count)) << "guarded, n=" << n;
-        }
-      }
+// Calls body(cell, kernel) for every distinct kernel.
+template <class Body>
+void for_each_kernel(const Subject& subject, Body&& body) {
+  with_type(subject, [&]<class Type>(Type) {
+    for (const Cell& cell : cells(subject)) {
+      SCOPED_TRACE(subject.name() + " " + cell.name());
+      body(cell,
+           Kernel<typename Type::Real>{subject, subject.kernel(cell.classes[0], cell.accuracy)});
+      if (testing::Test::HasFatalFailure()) return;
     }
   });
 }
 
-// The result of an element is the same wherever it stands and whatever stands beside it.
-TEST_P(Contract, KeepsElementsApart) {
+std::vector<Subject> all_subjects() {
+  std::vector<Subject> list = subjects();
+  for (const Subject& subject : test_subjects()) list.push_back(subject);
+  return list;
+}
+
+template <class Real>
+void rotate(std::vector<Real>& x, size_t parts) {
+  std::rotate(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(kRotation * parts), x.end());
+}
+
+class Contract : public testing::TestWithParam<Subject> {};
+INSTANTIATE_TEST_SUITE_P(All, Contract, testing::ValuesIn(all_subjects()),
+                         [](const auto& subject) { return subject.param.name(); });
+
+// Each result has the bits that a call of one element gives, whatever stands beside it, for every n
+// at every offset; nothing around them is written; in-place calls and calls at the edge of a page
+// give the same.
+TEST_P(Contract, WritesItsResultsAndNothingElse) {
   const Subject& subject = GetParam();
-  for_each_kernel([&]<class Type>(Type, const Cell& cell, vector::KamKernel kernel) {
-    using Real = typename Type::Real;
-    const int parts = subject.parts();
+  const size_t in = subject.parts_in, out = subject.parts_out;
+  static const std::pair<char*, char*> pages[] = {guarded_pages(), guarded_pages(), guarded_pages(),
+                                                  guarded_pages()};
+  for_each_kernel(subject, [&]<class Real>(const Cell& cell, const Kernel<Real>& kernel) {
+    const size_t room = (kMaxCount + 2 * kMaxOffset + 64) * 2;
     const WordsScope words(cell.accuracy | KAM_ERRMODE_IGNORE);
-    const Inputs<Real> probes(subject, 24, true);
-    const Inputs<Real> strangers(subject, kMaxCount, true);
-    std::vector<Real> r(kMaxCount * parts), alone(parts);
-    for (int probe = 0; probe < 24; ++probe) {
-      call<Type>(subject, kernel, 1, &probes.a[probe * parts], &probes.b[probe * parts],
-                 alone.data());
-      for (int at = 0; at < kMaxCount; ++at) {
-        Inputs<Real> inputs = strangers;
-        std::copy_n(&probes.a[probe * parts], parts, &inputs.a[at * parts]);
-        std::copy_n(&probes.b[probe * parts], parts, &inputs.b[at * parts]);
-        call<Type>(subject, kernel, kMaxCount, inputs.a.data(), inputs.b.data(), r.data());
-        ASSERT_TRUE(same_bits(&r[at * parts], alone.data(), parts))
-            << "probe " << probe << " at " << at;
+    for (const bool special : {false, true}) {
+      Inputs<Real> inputs(subject, kMaxCount, special);
+      Results<Real> want(kMaxCount * out);
+      for (int i = 0; i < kMaxCount; ++i) {
+        kernel(1, &inputs.a[i * in], &inputs.b[i * in], &want.y[i * out], &want.z[i * out]);
+      }
+      // Whatever lies around the arrays must not matter; it differs between the inputs.
+      std::vector<Real> a(room, std::numeric_limits<Real>::quiet_NaN());
+      std::vector<Real> b(room, std::numeric_limits<Real>::infinity());
+      const Results<Real> untouched(room);
+      for (int offset = 0; offset <= kMaxOffset; ++offset) {
+        // Every element gets to another lane and among others.
+        for (std::vector<Real>* x : {&inputs.a, &inputs.b}) rotate(*x, in);
+        for (std::vector<Real>* x : {&want.y, &want.z}) rotate(*x, out);
+        // Offsets count numbers, so complex elements also start between two of their places. The
+        // arrays are misaligned in different ways.
+        Results<Real> r(room);
+        Real* const at[] = {a.data() + 16 + offset, b.data() + 16 + (offset * 3 & 7)};
+        Real* const at_y = r.y.data() + 16 + (offset * 5 & 7);
+        Real* const at_z = r.z.data() + 16 + (offset * 7 & 7);
+        for (int n = 0; n <= kMaxCount; ++n) {
+          std::copy_n(inputs.a.begin(), n * in, at[0]);
+          std::copy_n(inputs.b.begin(), n * in, at[1]);
+          r = untouched;
+          kernel(n, at[0], at[1], at_y, at_z);
+          ASSERT_TRUE(want.starts_with(at_y, at_z, n * out)) << "n=" << n << " offset=" << offset;
+          std::fill_n(at_y, n * out, kUntouched<Real>);
+          std::fill_n(at_z, n * out, kUntouched<Real>);
+          ASSERT_EQ(r, untouched) << "wrote outside, n=" << n << " offset=" << offset;
+
+          if (out > in) continue;  // results would run ahead of the arguments
+          for (Real* const result : {at_y, at_z}) {
+            for (int input = 0; input < subject.inputs; ++input) {
+              if (result == at_z && subject.outputs == 1) continue;
+              std::copy_n((input == 0 ? inputs.a : inputs.b).begin(), n * in, result);
+              kernel(n, input == 0 ? result : at[0], input == 1 ? result : at[1], at_y, at_z);
+              ASSERT_TRUE(want.starts_with(at_y, at_z, n * out))
+                  << (result == at_y ? "y" : "z") << " in place of input " << input << ", n=" << n;
+            }
+          }
+        }
+      }
+      for (int n = 1; n <= kMaxCount; ++n) {
+        for (const bool at_end : {false, true}) {
+          Real* at[4];
+          for (int k = 0; k < 4; ++k) {
+            const auto [first, end] = pages[k];
+            at[k] = reinterpret_cast<Real*>(at_end ? end : first) -
+                    (at_end ? n * (k < 2 ? in : out) : 0);
+          }
+          std::copy_n(inputs.a.begin(), n * in, at[0]);
+          std::copy_n(inputs.b.begin(), n * in, at[1]);
+          std::fill_n(at[3], n * out, kUntouched<Real>);
+          kernel(n, at[0], at[1], at[2], at[3]);
+          ASSERT_TRUE(want.starts_with(at[2], at[3], n * out)) << "guarded, n=" << n;
+        }
       }
     }
   });
@@ -271,98 +285,77 @@ struct Environment {
   uint32_t mxcsr;
   uint16_t x87;
 };
-template <class Type, class Real = typename Type::Real>
-Environment call_under(const Environment& caller, const Subject& subject, vector::KamKernel kernel,
-                       const Inputs<Real>& inputs, std::vector<Real>& r) {
-  const uint32_t old_mxcsr = _mm_getcsr();
-  const uint16_t old_x87 = x87_control();
-  const int n = static_cast<int>(r.size()) / subject.parts();
+template <class Real>
+std::pair<Results<Real>, Environment> call_under(const Environment& caller,
+                                                 const Kernel<Real>& kernel,
+                                                 const Inputs<Real>& inputs) {
+  const Environment old{_mm_getcsr(), x87_control()};
+  Results<Real> r(inputs.a.size() / kernel.subject.parts_in * kernel.subject.parts_out);
   set_x87_control(caller.x87);
   _mm_setcsr(caller.mxcsr);
-  call<Type>(subject, kernel, n, inputs.a.data(), inputs.b.data(), r.data());
+  kernel(static_cast<int>(inputs.a.size()) / kernel.subject.parts_in, inputs.a.data(),
+         inputs.b.data(), r.y.data(), r.z.data());
   const Environment after{_mm_getcsr(), x87_control()};
-  _mm_setcsr(old_mxcsr);
-  set_x87_control(old_x87);
-  return after;
+  _mm_setcsr(old.mxcsr);
+  set_x87_control(old.x87);
+  return {r, after};
 }
 
 // Unmasked exceptions don't trap, control bits come back, sticky flags are kept and added to, and
 // the results are those of the default environment.
 TEST_P(Contract, RestoresTheFloatingPointEnvironment) {
   const Subject& subject = GetParam();
-  for_each_kernel([&]<class Type>(Type, const Cell& cell, vector::KamKernel kernel) {
-    using Real = typename Type::Real;
+  for_each_kernel(subject, [&]<class Real>(const Cell& cell, const Kernel<Real>& kernel) {
     constexpr uint32_t kDivideByZeroFlag = 0x4, kInexactFlag = 0x20;
     constexpr uint32_t kUnmasked = 0, kRoundUp = 0x4000;
     constexpr uint16_t kX87Default = 0x37f, kX87Unmasked = 0x340;
     const WordsScope words(cell.accuracy | KAM_ERRMODE_IGNORE);
     for (const int n : {0, 1, 5, kMaxCount}) {
       const Inputs<Real> inputs(subject, n, true);
-      std::vector<Real> want(n * subject.parts()), r(want);
-      call_under<Type>({kDefaultMxcsr, kX87Default}, subject, kernel, inputs, want);
+      const Results<Real> want = call_under({kDefaultMxcsr, kX87Default}, kernel, inputs).first;
       for (uint32_t mxcsr : {kUnmasked, kUnmasked | kDivideByZeroFlag, kDefaultMxcsr | kInexactFlag,
                              kDefaultMxcsr | kRoundUp, kUnmasked | kRoundUp,
                              kDefaultMxcsr | kMxcsrFlushAndDenormalsAreZero}) {
         const bool changes_results = (mxcsr & (kRoundUp | kMxcsrFlushAndDenormalsAreZero)) != 0;
         const Environment caller{mxcsr, mxcsr == kUnmasked ? kX87Unmasked : kX87Default};
-        std::fill(r.begin(), r.end(), Real{0});
-        const Environment after = call_under<Type>(caller, subject, kernel, inputs, r);
+        const auto [r, after] = call_under(caller, kernel, inputs);
         EXPECT_EQ(after.mxcsr & ~kMxcsrFlags, mxcsr & ~kMxcsrFlags) << std::hex << mxcsr;
         EXPECT_EQ(mxcsr & kMxcsrFlags & ~after.mxcsr, 0U) << "lost a flag, " << std::hex << mxcsr;
         EXPECT_EQ(after.x87, caller.x87);
         EXPECT_TRUE(n > 0 || after.mxcsr == mxcsr);
         if (!changes_results || sets_environment(subject, cell.classes[0])) {
-          EXPECT_TRUE(same_bits(r.data(), want.data(), r.size()))
-              << "n=" << n << " mxcsr=" << std::hex << mxcsr;
+          EXPECT_EQ(r, want) << "n=" << n << " mxcsr=" << std::hex << mxcsr;
         }
       }
     }
   });
 }
 
-// The hardware divider raises its flags behind masked exceptions, and they stay visible.
-TEST(ContractEnvironment, LeavesNewFlagsVisible) {
-  const auto& all = subjects();
-  const auto divide =
-      std::find_if(all.begin(), all.end(), [](const Subject& s) { return s.name() == "vdDiv"; });
-  if (divide == all.end()) GTEST_SKIP() << "no division yet";
-  for (const int kernel_class : live_classes()) {
-    const WordsScope words(KAM_HA | KAM_ERRMODE_IGNORE);
-    Inputs<double> inputs(*divide, 5, false);
-    inputs.b[3] = 0;
-    std::vector<double> r(5);
-    const Environment after = call_under<vector::Type_d>(
-        {0, 0x37f}, *divide, divide->kernel(kernel_class, KAM_HA), inputs, r);
-    EXPECT_EQ(after.mxcsr & 0x4, 0x4U) << "divide by zero, class " << kernel_class;
-    EXPECT_TRUE(kernel_class == 5 || (after.mxcsr & 0x20) != 0)
-        << "inexact, class " << kernel_class;
-  }
-}
-
-// Under the flush mode denormal inputs count as zero; class 0 sums never look at the mode.
-TEST(ContractEnvironment, FlushesDenormalsOnDemand) {
+// The hardware divider raises its flags behind masked exceptions, and they stay visible. Under the
+// flush mode denormal inputs count as zero; class 0 sums never look at the mode.
+TEST(ContractEnvironment, LeavesNewFlagsVisibleAndFlushesOnDemand) {
   for (const Subject& subject : subjects()) {
-    if (std::string_view(subject.function) != "Add") continue;
-    with_type(subject, [&]<class Type>(Type) {
-      using Real = typename Type::Real;
+    for_each_kernel(subject, [&]<class Real>(const Cell& cell, const Kernel<Real>& kernel) {
+      const int kernel_class = cell.classes[0];
+      const Environment caller{kDefaultMxcsr, 0x37f};
+      Inputs<Real> inputs(subject, 37, false);
+      if (subject.name() == "vdDiv" && cell.accuracy == KAM_HA) {
+        const WordsScope words(KAM_HA | KAM_ERRMODE_IGNORE);
+        inputs.b[3] = 0;
+        const uint32_t flags = call_under({0, 0x37f}, kernel, inputs).second.mxcsr;
+        EXPECT_EQ(flags & 0x4, 0x4U) << "divide by zero";
+        EXPECT_TRUE(kernel_class == 5 || (flags & 0x20) != 0) << "inexact";
+      }
+      // On class 1 either form of a sum may stand.
+      if (subject.function != std::string_view("Add") || kernel_class == 1) return;
       constexpr Real kDenormal = std::numeric_limits<Real>::denorm_min();
-      for (const Cell& cell : cells(subject)) {
-        for (const uint32_t mode : {KAM_DENORMALS_FLUSH, KAM_DENORMALS_KEEP}) {
-          const int kernel_class = cell.classes[0];
-          if (kernel_class == 1) continue;  // either form may stand there
-          Inputs<Real> inputs(subject, 37, false);
-          std::fill(inputs.a.begin(), inputs.a.end(), kDenormal);
-          std::fill(inputs.b.begin(), inputs.b.end(), Real{0});
-          std::vector<Real> r(inputs.a.size());
-          const WordsScope words(cell.accuracy | KAM_ERRMODE_IGNORE | mode);
-          call_under<Type>({kDefaultMxcsr, 0x37f}, subject,
-                           subject.kernel(kernel_class, cell.accuracy), inputs, r);
-          const bool flushed =
-              mode == KAM_DENORMALS_FLUSH && sets_environment(subject, kernel_class);
-          const Real want = flushed ? Real{0} : kDenormal;
-          EXPECT_EQ(std::count(r.begin(), r.end(), want), static_cast<std::ptrdiff_t>(r.size()))
-              << subject.name() << " " << cell.name() << " mode " << std::hex << mode;
-        }
+      std::fill(inputs.a.begin(), inputs.a.end(), kDenormal);
+      std::fill(inputs.b.begin(), inputs.b.end(), Real{0});
+      for (const uint32_t mode : {KAM_DENORMALS_FLUSH, KAM_DENORMALS_KEEP}) {
+        const WordsScope words(cell.accuracy | KAM_ERRMODE_IGNORE | mode);
+        const bool flushed = mode == KAM_DENORMALS_FLUSH && sets_environment(subject, kernel_class);
+        const std::vector<Real> y = call_under(caller, kernel, inputs).first.y;
+        EXPECT_EQ(y, std::vector<Real>(y.size(), flushed ? Real{0} : kDenormal));
       }
     });
   }
@@ -371,6 +364,7 @@ TEST(ContractEnvironment, FlushesDenormalsOnDemand) {
 constexpr double kReplacement = 42;
 
 int replace_result(KamErrorContext* context) {
+  context->r2 = -2 * kReplacement;
   context->r1 = kReplacement;
   context->r1_im = -kReplacement;
   return 0;
@@ -380,10 +374,10 @@ int replace_result(KamErrorContext* context) {
 // reaches the output. Elements that are not in error are never reported.
 TEST_P(Contract, ReportsElementsInError) {
   const Subject& subject = GetParam();
-  for_each_kernel([&]<class Type>(Type, const Cell& cell, vector::KamKernel kernel) {
-    using Real = typename Type::Real;
-    const int parts = subject.parts();
+  const int out = subject.parts_out;
+  for_each_kernel(subject, [&]<class Real>(const Cell& cell, const Kernel<Real>& kernel) {
     const ErrorCase* error = find_error_case(subject, cell);
+    const auto same = [](double x, Real y) { return std::isnan(y) ? std::isnan(x) : x == y; };
     for (const int n : {1, 7, 33, kMaxCount}) {
       Inputs<Real> inputs(subject, n, error == nullptr);
       std::vector<int> wrong;
@@ -392,39 +386,35 @@ TEST_P(Contract, ReportsElementsInError) {
         if (wrong.back() != n - 1) wrong.push_back(n - 1);
         for (const int at : wrong) put_error(subject, *error, inputs, at);
       }
-      std::vector<Real> r(inputs.a.size()), replaced(r);
+      Results<Real> r(0);
       {
         const Recorder recorder(cell.accuracy);
-        call<Type>(subject, kernel, n, inputs.a.data(), inputs.b.data(), r.data());
+        r = kernel(inputs);
         const std::vector<KamErrorContext>& reports = Recorder::reports();
         ASSERT_EQ(reports.size(), wrong.size()) << "n=" << n;
         for (size_t i = 0; i < wrong.size(); ++i) {
-          const size_t at = static_cast<size_t>(wrong[i]) * parts;
+          const size_t at = static_cast<size_t>(wrong[i]) * out;
           const KamErrorContext& report = reports[i];
           EXPECT_EQ(report.index, wrong[i]);
           EXPECT_EQ(report.code, error->status);
           EXPECT_EQ(report.func_name, subject.name());
           EXPECT_EQ(report.func_name_len, static_cast<int>(subject.name().size()));
-          EXPECT_EQ(static_cast<Real>(report.a1), inputs.a[at]);
-          EXPECT_EQ(static_cast<Real>(report.a2),
-                    subject.operands() == 2 ? inputs.b[at] : inputs.a[at]);
-          const Real seen[] = {static_cast<Real>(report.r1), static_cast<Real>(report.r1_im)};
-          EXPECT_TRUE(
-              std::equal(seen, seen + parts, &r[at],
-                         [](Real x, Real y) { return x == y || (std::isnan(x) && std::isnan(y)); }))
-              << "at " << wrong[i];
+          EXPECT_TRUE(same(report.a1, inputs.a[at]));
+          EXPECT_TRUE(same(report.a2, subject.inputs == 2    ? inputs.b[at]
+                                      : subject.scalars == 1 ? kScalars<Real>[0]
+                                                             : inputs.a[at]));
+          EXPECT_TRUE(same(report.r1, r.y[at]) && (out == 1 || same(report.r1_im, r.y[at + 1])));
+          EXPECT_TRUE(same(report.r2, subject.outputs == 2 ? r.z[at] : r.y[at]));
         }
         EXPECT_EQ(vector::status(), wrong.empty() ? KAM_STATUS_OK : error->status);
       }
-      {
-        const WordsScope words(cell.accuracy | KAM_ERRMODE_CALLBACK, replace_result);
-        call<Type>(subject, kernel, n, inputs.a.data(), inputs.b.data(), replaced.data());
-      }
+      const WordsScope words(cell.accuracy | KAM_ERRMODE_CALLBACK, replace_result);
       for (const int at : wrong) {
-        r[at * parts] = static_cast<Real>(kReplacement);
-        if (parts == 2) r[at * parts + 1] = static_cast<Real>(-kReplacement);
+        r.y[at * out] = static_cast<Real>(kReplacement);
+        if (out == 2) r.y[at * out + 1] = static_cast<Real>(-kReplacement);
+        if (subject.outputs == 2) r.z[at * out] = static_cast<Real>(-2 * kReplacement);
       }
-      EXPECT_TRUE(same_bits(replaced.data(), r.data(), r.size())) << "n=" << n;
+      EXPECT_EQ(kernel(inputs), r) << "n=" << n;
     }
   });
 }
@@ -432,19 +422,56 @@ TEST_P(Contract, ReportsElementsInError) {
 // In the mode without error handling nothing is reported and the results are the same.
 TEST_P(Contract, StaysSilentWithoutErrorHandling) {
   const Subject& subject = GetParam();
-  for_each_kernel([&]<class Type>(Type, const Cell& cell, vector::KamKernel kernel) {
-    using Real = typename Type::Real;
+  for_each_kernel(subject, [&]<class Real>(const Cell& cell, const Kernel<Real>& kernel) {
     const Inputs<Real> inputs(subject, kMaxCount, true);
-    std::vector<Real> want(inputs.a.size()), r(want);
-    {
-      const WordsScope words(cell.accuracy | KAM_ERRMODE_IGNORE);
-      call<Type>(subject, kernel, kMaxCount, inputs.a.data(), inputs.b.data(), want.data());
-    }
-    const WordsScope words(cell.accuracy | KAM_ERRMODE_NOERR);
-    call<Type>(subject, kernel, kMaxCount, inputs.a.data(), inputs.b.data(), r.data());
-    EXPECT_TRUE(same_bits(r.data(), want.data(), r.size()));
-    EXPECT_EQ(vector::status(), KAM_STATUS_OK);
+    const auto results_in = [&](uint32_t mode) {
+      const WordsScope words(cell.accuracy | mode);
+      const Results<Real> r = kernel(inputs);
+      EXPECT_TRUE(mode == KAM_ERRMODE_IGNORE || vector::status() == KAM_STATUS_OK);
+      return r;
+    };
+    EXPECT_EQ(results_in(KAM_ERRMODE_NOERR), results_in(KAM_ERRMODE_IGNORE));
   });
+}
+
+// What the tests' own functions give, by the road that an element has to take.
+template <class Real>
+void expected(std::string_view name, bool complex, const Real* a, const Real* b, Real* y, Real* z) {
+  const Real(&s)[4] = kScalars<Real>;
+  const Real sum = std::abs(a[0]) + std::abs(a[complex ? 1 : 0]);
+  if (name == "TestPair") {
+    *y = std::isnan(*a) ? 5 : std::isinf(*a) ? 3 : std::abs(*a) > 10 ? *a / 4 : *a * 2;
+    *z = std::isnan(*a) ? 6 : std::isinf(*a) ? 4 : std::abs(*a) > 10 ? -*a : *a / 2;
+  } else if (name == "TestUnit") {
+    y[0] = !std::isfinite(*a) ? 8 : std::abs(*a) > 10 ? *a / 4 : *a;
+    y[1] = !std::isfinite(*a) ? 9 : std::abs(*a) > 10 ? -*a : *a * 2;
+  } else if (name == "TestScale") {
+    y[0] = a[0] * s[0];
+    if (complex) y[1] = a[1] * (std::isfinite(y[0]) && std::isfinite(a[1] * s[1]) ? s[1] : -s[1]);
+  } else if (name == "TestNorm") {
+    *y = std::isfinite(sum) ? sum : 7;
+  } else {
+    *y = name == "TestShared" ? *a / *b : (*a * s[0] + s[1]) / (*b * s[2] + s[3]);
+  }
+}
+
+TEST(ContractRoads, EveryElementTakesItsOwn) {
+  for (const Subject& subject : test_subjects()) {
+    for_each_kernel(subject, [&]<class Real>(const Cell& cell, const Kernel<Real>& kernel) {
+      const WordsScope words(cell.accuracy | KAM_ERRMODE_IGNORE);
+      const Inputs<Real> x(subject, kMaxCount, true);
+      const Results<Real> r = kernel(x);
+      Results<Real> want(r.y.size());
+      for (int i = 0; i < kMaxCount; ++i) {
+        const int in = i * subject.parts_in, out = i * subject.parts_out;
+        expected(subject.function, subject.parts_in == 2, &x.a[in], &x.b[in], &want.y[out],
+                 &want.z[out]);
+      }
+      const auto same = [](Real p, Real q) { return p == q || (std::isnan(p) && std::isnan(q)); };
+      EXPECT_TRUE(std::equal(r.y.begin(), r.y.end(), want.y.begin(), same));
+      EXPECT_TRUE(std::equal(r.z.begin(), r.z.end(), want.z.begin(), same));
+    });
+  }
 }
 
 }  // namespace

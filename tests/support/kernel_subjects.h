@@ -2,58 +2,132 @@
 // processor classes that run here, and a way to call one cell of a kernel row directly.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <ostream>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "services/detect/detect.h"
-#include "vector/frame/rows.h"
-#include "vector/words/shapes.h"
+#include "vector/frame/call.h"
 #include "vector/words/thread_words.h"
 
 namespace orba::test {
 
-// A shape that is not listed here stops the build: the callers below have to learn it first.
-enum class Shape { k1i_1o, k2i_1o };
+// Arrays and scalars of a call, whatever its shape.
+struct Operands {
+  const void* in[2];
+  void* out[2];
+  const void* scalars;
+};
+
+enum class Kind { in, out, scalar };
+template <class P>
+constexpr Kind kind_of = !std::is_pointer_v<P>                       ? Kind::scalar
+                         : std::is_const_v<std::remove_pointer_t<P>> ? Kind::in
+                                                                     : Kind::out;
+
+// What a signature says, as ORBA_SIGNATURE gives it for a shape and type.
+template <class Signature>
+struct Shape;
+template <class... P>
+struct Shape<void(int32_t, P...)> {
+  static constexpr Kind kinds[] = {kind_of<P>...};
+  static constexpr int parts[] = {std::is_arithmetic_v<std::remove_pointer_t<P>> ? 1 : 2 ...};
+
+  static constexpr int first(Kind kind) {
+    return static_cast<int>(std::find(kinds, std::end(kinds), kind) - kinds);
+  }
+  // Parameters of a kind among the first ones.
+  static constexpr int count(Kind kind, size_t before = sizeof...(P)) {
+    return static_cast<int>(std::count(kinds, kinds + before, kind));
+  }
+  template <class Q>
+  static Q argument(const Operands& x, int at) {
+    if constexpr (kind_of<Q> == Kind::in) return static_cast<Q>(x.in[at]);
+    if constexpr (kind_of<Q> == Kind::out) return static_cast<Q>(x.out[at]);
+    if constexpr (kind_of<Q> == Kind::scalar) return static_cast<const Q*>(x.scalars)[at];
+  }
+  // Calls action(arguments...) with those of a call.
+  template <class Action>
+  static void apply(const Operands& x, Action action) {
+    [&]<size_t... i>(std::index_sequence<i...>) { action(argument<P>(x, count(kind_of<P>, i))...); }
+    (std::index_sequence_for<P...>{});
+  }
+  static void invoke(vector::KamKernel kernel, int n, const Operands& x) {
+    apply(x, [&](P... p) { reinterpret_cast<void (*)(int32_t, P...)>(kernel)(n, p...); });
+  }
+};
 
 struct Subject {
   const char* function;
   char type;
-  Shape shape;
   const vector::KamKernelRow* row;
+  vector::CallKind kind;
+  int inputs, outputs, scalars;
+  int parts_in, parts_out;  // numbers in an element of the arrays
+  void (*invoke)(vector::KamKernel kernel, int n, const Operands& x);
 
   std::string name() const { return std::string("v") + type + function; }
-  int operands() const { return shape == Shape::k2i_1o ? 2 : 1; }
+  // Arguments of an element; a single scalar is one.
+  int operands() const { return inputs + (scalars == 1); }
   bool complex() const { return type == 'c' || type == 'z'; }
-  int parts() const { return complex() ? 2 : 1; }
+  // Numbers of an element, arguments or results, whichever has more.
+  int parts() const { return std::max(parts_in, outputs * parts_out); }
   vector::KamKernel kernel(int kernel_class, uint32_t accuracy) const {
     return row->kernel[vector::row_index(kernel_class, accuracy)];
   }
 };
 
+template <class Signature>
+Subject make_subject(const char* function, char type, const vector::KamKernelRow& row,
+                     vector::CallKind kind) {
+  using S = Shape<Signature>;
+  return {function,
+          type,
+          &row,
+          kind,
+          S::count(Kind::in),
+          S::count(Kind::out),
+          S::count(Kind::scalar),
+          S::parts[S::first(Kind::in)],
+          S::parts[S::first(Kind::out)],
+          S::invoke};
+}
+
 inline std::ostream& operator<<(std::ostream& stream, const Subject& subject) {
   return stream << subject.name();
 }
 
+// The rows of a table as a list of subjects; lean functions compute nothing.
+#define ORBA_SUBJECT_(t, Name, shape, call)                                            \
+  make_subject<ORBA_SIGNATURE(shape, t)>(#Name, #t[0], ::orba::vector::row_v##t##Name, \
+                                         ::orba::vector::CallKind::call),
+#define ORBA_SUBJECTS(Name, name, shape, types, kernels, call) \
+  ORBA_KAM_TYPES(types)                                        \
+  (ORBA_SUBJECT_, Name, shape, call)
+
+inline std::vector<Subject> without_lean(std::vector<Subject> list) {
+  std::erase_if(list, [](const Subject& s) { return s.kind == vector::CallKind::lean; });
+  return list;
+}
+
 inline const std::vector<Subject>& subjects() {
-  static const std::vector<Subject> list = {
-#define ORBA_SUBJECT(t, Name, shape) {#Name, #t[0], Shape::k##shape, &vector::row_v##t##Name},
-#define ORBA_KAM_FUNCTION(Name, name, shape, types, ...) \
-  ORBA_KAM_TYPES(types)                                  \
-  (ORBA_SUBJECT, Name, shape)
+  static const std::vector<Subject> list = without_lean({
+#define ORBA_KAM_FUNCTION ORBA_SUBJECTS
 #include "vector/functions.def"
 #undef ORBA_KAM_FUNCTION
-#undef ORBA_SUBJECT
-  };
+  });
   return list;
 }
 
 // Classes whose instructions this processor has.
 inline std::vector<int> live_classes() {
   std::vector<int> live;
-  for (const int kernel_class : {0, 1, 2, 3, 5}) {
-    if (kernel_class <= services::kam_class()) live.push_back(kernel_class);
+  for (const int build : services::kBuilds) {
+    if (build <= services::kam_class()) live.push_back(build);
   }
   return live;
 }
@@ -109,21 +183,38 @@ decltype(auto) with_type(const Subject& subject, Action&& action) {
   }
 }
 
-// Runs a kernel over arrays of reals (a complex element is two of them); b is ignored by functions
-// of one input.
-template <class Type>
-void call(const Subject& subject, vector::KamKernel kernel, int n, const typename Type::Real* a,
-          const typename Type::Real* b, typename Type::Real* r) {
-  using Element = typename Type::Element;
-  const auto* ea = reinterpret_cast<const Element*>(a);
-  const auto* eb = reinterpret_cast<const Element*>(b);
-  auto* er = reinterpret_cast<Element*>(r);
-  switch (subject.shape) {
-    case Shape::k1i_1o:
-      return reinterpret_cast<void (*)(int32_t, const Element*, Element*)>(kernel)(n, ea, er);
-    case Shape::k2i_1o:
-      return reinterpret_cast<void (*)(int32_t, const Element*, const Element*, Element*)>(kernel)(
-          n, ea, eb, er);
+// The scalars of functions that have more than one.
+template <class Real>
+constexpr Real kScalars[] = {1.25, -0.5, 0.75, 3};
+
+// Runs a kernel of any shape over arrays that have parts() reals per element, arguments and results
+// alike (missing ones are not read, and become 0). b is the second argument, also where that is a
+// scalar: then every element is a call of its own, which the base pointer hides from the reports.
+template <class Type, class Real = typename Type::Real>
+void call(const Subject& subject, vector::KamKernel kernel, int n, const Real* a, const Real* b,
+          Real* r) {
+  const int parts = subject.parts(), in = subject.parts_in, out = subject.parts_out;
+  if (in == parts && out == parts && subject.scalars != 1) {
+    return subject.invoke(kernel, n, {{a, b}, {r, nullptr}, kScalars<Real>});
+  }
+  std::vector<Real> x(n * in), s(n * in), y(n * out), z(n * out);
+  for (int i = 0; i < n; ++i) {
+    std::copy_n(a + i * parts, in, &x[i * in]);
+    if (subject.operands() == 2) std::copy_n(b + i * parts, in, &s[i * in]);
+  }
+  if (subject.scalars == 1) {
+    vector::thread_words().base = x.data();
+    for (int i = 0; i < n; ++i) {
+      subject.invoke(kernel, 1, {{&x[i * in], nullptr}, {&y[i * out], &z[i * out]}, &s[i * in]});
+    }
+    vector::thread_words().base = nullptr;
+  } else {
+    subject.invoke(kernel, n, {{x.data(), s.data()}, {y.data(), z.data()}, kScalars<Real>});
+  }
+  std::fill_n(r, n * parts, Real{0});
+  for (int i = 0; i < n; ++i) {
+    std::copy_n(&y[i * out], out, r + i * parts);
+    if (subject.outputs == 2) std::copy_n(&z[i * out], out, r + i * parts + out);
   }
 }
 

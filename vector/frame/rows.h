@@ -32,12 +32,12 @@ inline int row_index(int kernel_class, uint32_t mode) {
 }
 
 // One row per function and type: row_vdAdd, ...
-#define ORBA_DECLARE_ROW(t, Name) extern const KamKernelRow row_v##t##Name;
-#define ORBA_KAM_FUNCTION(Name, name, shape, types, ...) \
-  ORBA_KAM_TYPES(types)                                  \
-  (ORBA_DECLARE_ROW, Name)
+#define ORBA_DECLARE_ROW_(t, Name) extern const KamKernelRow row_v##t##Name;
+#define ORBA_DECLARE_ROWS(Name, name, shape, types, kernels, call) \
+  ORBA_KAM_TYPES(types)                                            \
+  (ORBA_DECLARE_ROW_, Name)
+#define ORBA_KAM_FUNCTION ORBA_DECLARE_ROWS
 #include "vector/functions.def"
 #undef ORBA_KAM_FUNCTION
-#undef ORBA_DECLARE_ROW
 
 }  // namespace orba::vector
