@@ -66,8 +66,8 @@ void check_logarithm(long double (*exact)(long double)) {
 }
 
 TEST(LogCallout, IsAccurateOnAllPositiveNumbers) {
-  check_logarithm<log_test::Natural256>([](long double x) { return std::log(x); });
-  check_logarithm<log_test::Decimal256>([](long double x) { return std::log10(x); });
+  check_logarithm<log_test::LogNatural256>([](long double x) { return std::log(x); });
+  check_logarithm<log_test::LogDecimal256>([](long double x) { return std::log10(x); });
 }
 
 TEST(Log1pCallout, IsAccurateOnAllNumbersAboveMinusOne) {

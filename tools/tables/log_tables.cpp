@@ -1,12 +1,14 @@
 // Writes the constants and tables of the logarithms to standard output:
 //   tool_log_tables > vector/kernels/explog/log_tables.h
+//   tool_log_tables shared > vector/tables/log_tables.cpp
 #include <mpfr.h>
 
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <initializer_list>
+
+#include "writer.h"
 
 namespace {
 
@@ -24,10 +26,6 @@ class Real {
 };
 
 using Log = int (*)(mpfr_ptr, mpfr_srcptr, mpfr_rnd_t);
-
-struct Words {
-  double hi, lo;
-};
 
 // Sums k*log(2) + log(c) of leading words are exact in their format: a double leaves 10 bits, a
 // float 7, for what stands before the binary point. 28 bits of the rest are plenty.
@@ -100,7 +98,11 @@ Reciprocal reciprocal(int rows, int j) {
   return best;
 }
 
-void write_reciprocals(const char* name, int rows, const char* type, const char* suffix) {
+bool single(const char* type) { return std::strcmp(type, "float") == 0; }
+Words negated(Words w) { return {0 - w.hi, 0 - w.lo}; }
+
+// The range of e as a comment, and c where it has a table of its own.
+void write_reciprocals(const char* name, int rows) {
   double least = 0, most = 0;
   for (int j = 0; j < rows; ++j) {
     const Reciprocal r = reciprocal(rows, j);
@@ -109,67 +111,69 @@ void write_reciprocals(const char* name, int rows, const char* type, const char*
   }
   std::printf("\n// %d rows: e in [%.5f, %.5f).\n", rows, least, most);
   if (name == nullptr) return;
-  std::printf("constexpr Table<%s, %d> %s = {{", type, rows, name);
-  for (int j = 0; j < rows; ++j)
-    std::printf("%s%a%s%s", j % 8 == 0 ? "\n    " : " ", reciprocal(rows, j).c, suffix,
-                j + 1 < rows ? "," : "}};\n");
-}
-
-void write_logs(const char* name, Log log, int rows, const char* type, const char* suffix,
-                int quantum) {
-  std::printf("constexpr PairTable<%s, %d> %s{{\n", type, rows, name);
-  for (int j = 0; j < rows; ++j) {
-    const Words w = split_log(log, reciprocal(rows, j).c, quantum);
-    std::printf("    {%a%s, %a%s},\n", 0 - w.hi, suffix, 0 - w.lo, suffix);
-  }
-  std::printf("}};\n");
-}
-
-void write_sixteenths(const char* name, Log log, const char* type, const char* suffix,
-                      int quantum) {
-  std::printf("constexpr PairTable<%s, 16> %s{{\n", type, name);
-  for (int j = 0; j < 16; ++j) {
-    const Words w = split_log(log, 1 + j / 16.0, quantum);
-    std::printf("    {%a%s, %a%s},\n", 0 - w.hi, suffix, 0 - w.lo, suffix);
-  }
-  std::printf("}};\n");
-}
-
-// Logarithms rounded once, the one of 2 included.
-void write_rounded_logs(const char* name, Log log, int rows, double (*c)(int rows, int j)) {
   std::printf("constexpr Table<float, %d> %s = {{", rows, name);
-  for (int j = 0; j < rows; ++j) {
-    Real v(c(rows, j));
-    log(v.get(), v.get(), MPFR_RNDN);
-    std::printf("%s%af%s", j % 4 == 0 ? "\n    " : " ", 0 - mpfr_get_flt(v.get(), MPFR_RNDN),
-                j + 1 < rows ? "," : "}};\n");
-  }
+  write_numbers(rows, 8, true, [&](int j) { return reciprocal(rows, j).c; });
+  std::printf("}};\n");
 }
 
 double c_of_row(int rows, int j) { return reciprocal(rows, j).c; }
 double one_and_fraction(int rows, int j) { return 1 + double(j) / rows; }
 
-void write_cells(const char* name, Log log) {
-  std::printf("constexpr PairTable<double, 256> %s{{\n", name);
-  for (int j = 0; j < 256; ++j) {
+// -log(c) of the rows in two words.
+void write_logs(const char* name, Log log, int rows, const char* type, double (*c)(int, int)) {
+  std::printf("constexpr PairTable<%s, %d> %s{{\n", type, rows, name);
+  write_pairs(rows, single(type), [&](int j) {
+    return negated(split_log(log, c(rows, j), single(type) ? kQuantum32 : kQuantum64));
+  });
+  std::printf("}};\n");
+}
+
+// The same rounded once.
+void write_rounded_logs(const char* name, Log log, int rows, double (*c)(int, int)) {
+  std::printf("constexpr Table<float, %d> %s = {{", rows, name);
+  write_numbers(rows, 4, true, [&](int j) {
+    Real v(c(rows, j));
+    log(v.get(), v.get(), MPFR_RNDN);
+    return 0 - double{mpfr_get_flt(v.get(), MPFR_RNDN)};
+  });
+  std::printf("}};\n");
+}
+
+void write_packed_rows(const char* name, Log log) {
+  std::printf("const double %s[256][2] = {\n", name);
+  write_pairs(256, false, [&](int j) {
     const double c = reciprocal(256, j).c;
     const Words w = split_log(log, c, kQuantum64);
     const uint64_t packed = bits(c) | bits(0 - w.lo) >> 24;
-    double both;
-    std::memcpy(&both, &packed, sizeof both);
-    std::printf("    {%a, %a},\n", 0 - w.hi, both);
-  }
-  std::printf("}};\n");
+    Words row{0 - w.hi, 0};
+    std::memcpy(&row.lo, &packed, sizeof packed);
+    return row;
+  });
+  std::printf("};\n");
 }
 
 }  // namespace
 
-int main() {
+int main(int count, char** arguments) {
+  if (count > 1 && std::strcmp(arguments[1], "shared") == 0) {
+    begin_shared_source("log_tables");
+    std::printf(
+        "// Tables of rows of [1, 2): -log(c) for c near 1/m for m in a row; e = c*m - 1. The "
+        "first\n"
+        "// number of a row is the hi word, a multiple of 2^-%d, the second one holds c in its "
+        "upper "
+        "24\n"
+        "// bits and the upper 40 bits of the lo word below.\n",
+        kQuantum64);
+    write_reciprocals(nullptr, 256);
+    write_packed_rows("kLnRows256", mpfr_log);
+    write_packed_rows("kLog10Rows256", mpfr_log10);
+    end_shared_source();
+    return 0;
+  }
+
+  begin_class_header("log_tables", "vector/kernels/simd/lookup.h");
   std::printf(
-      "// Written by tools/tables/log_tables.cpp; do not edit.\n// clang-format off\n#pragma "
-      "once\n\n"
-      "#include \"vector/kernels/simd/lookup.h\"\n\n"
-      "namespace orba::ORBA_CLASS_NAMESPACE {\nnamespace {\n\n"
       "// Logarithms of 2 in two words: hi a multiple of 2^-%d (float: 2^-%d), lo the rest to %d "
       "bits;\n"
       "// and rounded to float once.\n",
@@ -179,34 +183,25 @@ int main() {
   std::printf("\n// log10(e) in two words: rounded, and the rest.\n");
   write_lead("Log10OfE");
   std::printf("\n// -log(1 + j/16) in two words as above.\n");
-  write_sixteenths("kLnSixteenths", mpfr_log, "double", "", kQuantum64);
-  write_sixteenths("kLog10Sixteenths", mpfr_log10, "double", "", kQuantum64);
-  write_sixteenths("kLnSixteenthsF", mpfr_log, "float", "f", kQuantum32);
+  write_logs("kLnSixteenths", mpfr_log, 16, "double", one_and_fraction);
+  write_logs("kLog10Sixteenths", mpfr_log10, 16, "double", one_and_fraction);
+  write_logs("kLnSixteenthsF", mpfr_log, 16, "float", one_and_fraction);
   write_rounded_logs("kLnRoundedSixteenthsF", mpfr_log, 16, one_and_fraction);
 
   std::printf(
       "\n// Tables of rows of [1, 2): c near 1/m for m in a row, and -log(c) in two words as "
       "above;\n"
       "// e = c*m - 1.\n");
-
-  write_reciprocals("kReciprocals16F", 16, "float", "f");
-  write_logs("kLnRows16F", mpfr_log, 16, "float", "f", kQuantum32);
-  write_logs("kLog10Rows16F", mpfr_log10, 16, "float", "f", kQuantum32);
+  write_reciprocals("kReciprocals16F", 16);
+  write_logs("kLnRows16F", mpfr_log, 16, "float", c_of_row);
+  write_logs("kLog10Rows16F", mpfr_log10, 16, "float", c_of_row);
   write_rounded_logs("kLnRounded16F", mpfr_log, 16, c_of_row);
   write_rounded_logs("kLog10Rounded16F", mpfr_log10, 16, c_of_row);
 
-  write_reciprocals("kReciprocals8F", 8, "float", "f");
-  write_logs("kLnRows8F", mpfr_log, 8, "float", "f", kQuantum32);
-  write_logs("kLog10Rows8F", mpfr_log10, 8, "float", "f", kQuantum32);
+  write_reciprocals("kReciprocals8F", 8);
+  write_logs("kLnRows8F", mpfr_log, 8, "float", c_of_row);
+  write_logs("kLog10Rows8F", mpfr_log10, 8, "float", c_of_row);
   write_rounded_logs("kLnRounded8F", mpfr_log, 8, c_of_row);
   write_rounded_logs("kLog10Rounded8F", mpfr_log10, 8, c_of_row);
-
-  write_reciprocals(nullptr, 256, "double", "");
-  std::printf(
-      "// The first number of a row is the hi word, the second one holds c in its upper 24 bits "
-      "and\n"
-      "// the upper 40 bits of the lo word below.\n");
-  write_cells("kLnRows256", mpfr_log);
-  write_cells("kLog10Rows256", mpfr_log10);
-  std::printf("\n}  // namespace\n}  // namespace orba::ORBA_CLASS_NAMESPACE\n");
+  end_class_header();
 }

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "vector/kernels/contract/kernel.h"
-#include "vector/kernels/simd/pair_arithmetic.h"
+#include "vector/kernels/contract/scalar.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
@@ -14,52 +14,16 @@ ORBA_INLINE bool finite(const Z& z) { return !is_nan_or_inf(z.real) && !is_nan_o
 ORBA_INLINE bool infinite(const Z& z) { return is_inf(z.real) || is_inf(z.imag); }
 ORBA_INLINE bool is_nan(double x) { return x != x; }
 
-// k with 2^k <= |x| < 2^(k+1); x finite and not 0.
-ORBA_INLINE int exponent_of(double x) {
-  const int biased = static_cast<int>(bit_cast<uint64_t>(x) >> 52 & 0x7ff);
-  if (biased != 0) return biased - 1023;
-  const uint64_t scaled = bit_cast<uint64_t>(x * pow2(64));
-  return static_cast<int>(scaled >> 52 & 0x7ff) - 1023 - 64;
-}
+// The exponent of the larger part.
 ORBA_INLINE int exponent_of(const Z& z) {
   const double x = __builtin_fabs(z.real), y = __builtin_fabs(z.imag);
   return exponent_of(x > y ? x : y);
-}
-
-// x * 2^k where that is exact, 0 or infinite.
-ORBA_INLINE double scaled(double x, int k) {
-  const int third = k / 3;
-  return x * pow2(third) * pow2(third) * pow2(k - 2 * third);
-}
-
-// (x.hi + x.lo) * 2^k, rounded once: a result in the denormal range is rounded to its last place
-// before it is scaled, by adding and taking off a number whose unit is that place. The head has up
-// to 52 places, the rest at most one, of either sign.
-ORBA_INLINE double rounded(Pair<double> x, int k) {
-  const double sum = x.hi + x.lo;
-  if (sum == 0) return sum;
-  const int exponent = exponent_of(sum) + k;
-  if (k > 0 || exponent >= -1022 || exponent < -1076) return scaled(sum, k);
-  const double shifter = pow2(52 - 1074 - k);
-  const double head_shifter = __builtin_copysign(shifter, x.hi);
-  const double head = (x.hi + head_shifter) - head_shifter;
-  const double rest = (x.hi - head) + x.lo;
-  return scaled(head + ((rest + 1.5 * shifter) - 1.5 * shifter), k);
 }
 
 // z with the larger part in [1, 2); what underflows in the other part is below 2^-1000 of it.
 ORBA_INLINE Z scaled_down(const Z& z, int k) {
   const int half = -k / 2;
   return {z.real * pow2(half) * pow2(-k - half), z.imag * pow2(half) * pow2(-k - half)};
-}
-
-// n / d of pairs, with recip near 1/d.hi: one step on the residual.
-template <class V>
-ORBA_INLINE Pair<V> quotient(Pair<V> n, Pair<V> d, V recip) {
-  const V q = n.hi * recip;
-  const Pair<V> back = two_product(q, d.hi);
-  const V residual = ((n.hi - back.hi) - back.lo) + (n.lo - q * d.lo);
-  return {q, residual * recip};
 }
 
 // a * b. Finite parts: both factors are brought near 1, each part is a sum of two products in pair

@@ -1,7 +1,7 @@
-// Scalar arithmetic of callouts.
+// What callouts are made of: statuses, classification, scaling with one rounding, narrowing.
 #pragma once
 
-#include "vector/kernels/simd/simd.h"
+#include "vector/kernels/simd/pair_arithmetic.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
@@ -9,23 +9,45 @@ namespace {
 // Status values of callouts.
 enum : int32_t { kOk = 0, kErrDom = 1, kSing = 2, kOverflow = 3, kUnderflow = 4 };
 
-// a*b + c, fused where the class has it: for steps whose own rounding a later step absorbs.
-ORBA_INLINE double mul_add(double a, double b, double c) {
-  if constexpr (kFused) return __builtin_fma(a, b, c);
-  return a * b + c;
-}
-
-// a*b - c likewise.
-ORBA_INLINE double mul_sub(double a, double b, double c) {
-  if constexpr (kFused) return __builtin_fma(a, b, -c);
-  return a * b - c;
-}
-
 ORBA_INLINE bool is_nan_or_inf(double x) {
   return (bit_cast<uint64_t>(x) & 0x7ff0000000000000) == 0x7ff0000000000000;
 }
 ORBA_INLINE bool is_inf(double x) {
   return (bit_cast<uint64_t>(x) & 0x7fffffffffffffff) == 0x7ff0000000000000;
+}
+
+// The compiler can't fold operations on the result, so that they raise their exceptions.
+ORBA_INLINE double opaque(double x) {
+  asm("" : "+x"(x));
+  return x;
+}
+
+// k with 2^k <= |x| < 2^(k+1); x finite and not 0.
+ORBA_INLINE int exponent_of(double x) {
+  const int biased = static_cast<int>(bit_cast<uint64_t>(x) >> 52 & 0x7ff);
+  if (biased != 0) return biased - 1023;
+  const uint64_t scaled = bit_cast<uint64_t>(x * pow2(64));
+  return static_cast<int>(scaled >> 52 & 0x7ff) - 1023 - 64;
+}
+
+// x * 2^k, rounded once if at all: of the factors only the last can bring it below the normal
+// numbers.
+ORBA_INLINE double scaled(double x, int k) {
+  const int third = k / 3;
+  return x * pow2(third) * pow2(third) * pow2(k - 2 * third);
+}
+
+// (x.hi + x.lo) * 2^k, rounded once, for x.hi of moderate size. A result in the denormal range is
+// the sum of an even multiple of the denormals' unit and of a rest, which the scaling rounds.
+ORBA_INLINE double rounded(Pair<double> x, int k) {
+  const double sum = x.hi + x.lo;
+  if (sum == 0) return sum;
+  const int exponent = exponent_of(sum) + k;
+  if (k > 0 || exponent >= -1022 || exponent < -1076) return scaled(sum, k);
+  const double shifter = 1.5 * pow2(53 - 1074 - k);
+  const double coarse = (x.hi + shifter) - shifter;
+  const double fine = (x.hi - coarse) + x.lo;
+  return __builtin_copysign(scaled(coarse, k) + scaled(fine, k), sum);
 }
 
 // A single-precision callout through the double one: the double result is so much closer than half

@@ -24,32 +24,8 @@ namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
 // Lanes for the callout: |x| above 707.703 (single precision: 86.6434), NaN too.
-ORBA_INLINE M64 special(F64 x) { return not_le(abs(x), F64(0x1.61da04cbafe43p9)); }
-ORBA_INLINE M32 special(F32 x) { return as_bits(abs(x)) > I32(0x42ad496b); }
-
-// (e^r - 1)/r. Relative error below 2^-32 (16 rows) and 2^-29 (64 rows), in single precision 2^-14
-// (16 rows and more) and 2^-12 (8 rows).
-template <int rows>
-ORBA_INLINE F64 short_series(F64 r) {
-  if constexpr (rows == 16)
-    return horner(r, 0x1.555555552965bp-5, 0x1.5557632a4d4bbp-3, 0x1.00000001a5e7cp-1,
-                  0x1.fffffffe05bb2p-1);
-  else
-    return horner(r, 0x1.555555554a854p-3, 0x1.00001ecf7e10dp-1, 0x1.0000000002f77p0);
-}
-template <int rows>
-ORBA_INLINE F32 short_series(F32 r) {
-  if constexpr (rows == 8)
-    return horner(r, 0x1.fffffcp-2f, 0x1.000a44p0f);
-  else
-    return horner(r, 0x1.000002p-1f, 0x1.000292p0f);
-}
-
-// The result has the argument's sign, at -0 too.
-template <class V>
-ORBA_INLINE V with_sign_of(V x, V y) {
-  return as_float(as_bits(y) | (as_bits(x) & as_bits(negate(V(0)))));
-}
+ORBA_INLINE M64 expm1_special(F64 x) { return not_le(abs(x), F64(0x1.61da04cbafe43p9)); }
+ORBA_INLINE M32 expm1_special(F32 x) { return as_bits(abs(x)) > I32(0x42ad496b); }
 
 template <class V>
 struct Expm1Base {
@@ -71,53 +47,61 @@ struct Expm1Base {
   }
 };
 
-template <class V, int rows>
+// The series is that of (e^r - 1 - r)/r^2.
+template <class V, int rows, const auto& series>
 struct Expm1Full : Expm1Base<V> {
   ORBA_INLINE static V eval(V x, typename V::Mask& flag) {
-    flag = flag | special(x);
-    const Quotient<V, rows> k(x);
+    flag = flag | expm1_special(x);
+    const ExpQuotient<V, rows> k(x);
     const Pair<V> remainder = k.remainder(x);
     const V r1 = remainder.hi;
     const V r = r1 + remainder.lo;
     const V r2 = r * r;
-    const Pair<V> row = lookup(kExp2Pairs<V, rows>, k.bits());
+    const Pair<V> row = k.row();
     const V scale = k.power(row.hi);
     const Pair<V> head = two_sum(scale, V(-1));
     const Pair<V> leading = fast_two_sum(head.hi, r1);
-    const V small =
-        mul_add(r2, expm1_series<rows>(r, r2), mul_add(row.lo, r, remainder.lo)) + row.lo;
+    const V small = mul_add(r2, in_pairs(r, r2, series), mul_add(row.lo, r, remainder.lo)) + row.lo;
     const V rest = mul_add(scale, small, mul_add(head.hi, r1, leading.lo)) + head.lo;
     return with_sign_of(x, leading.hi + rest);
   }
 };
 
-template <class V, int rows>
+// The series is that of (e^r - 1)/r.
+template <class V, int rows, const auto& series>
 struct Expm1Short : Expm1Base<V> {
   ORBA_INLINE static V eval(V x, typename V::Mask& flag) {
-    flag = flag | special(x);
-    const Quotient<V, rows> k(x);
+    flag = flag | expm1_special(x);
+    const ExpQuotient<V, rows> k(x);
     const V r = k.short_remainder(x);
-    const V scale = k.power(lookup(kExp2Heads<V, rows>, k.bits()));
-    return with_sign_of(x, mul_add(scale, r * short_series<rows>(r), scale - V(1)));
+    const V scale = k.power(k.row_head());
+    return with_sign_of(x, mul_add(scale, r * horner(r, series), scale - V(1)));
   }
 };
-
-// Rows of the tables.
-constexpr int kRows64 = kClass == 5 ? 16 : 64;
-constexpr int kRows32 = kClass >= 3 ? 16 : 64;
-constexpr int kRowsShort32 = kClass == 3 ? 8 : kRows32;
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_KERNEL(1i_1o, d, Expm1, HA, Expm1Full<F64, kRows64>)
-ORBA_SAME_KERNEL(1i_1o, d, Expm1, LA, HA)
-ORBA_KERNEL(1i_1o, s, Expm1, HA, Expm1Full<F32, kRows32>)
-ORBA_SAME_KERNEL(1i_1o, s, Expm1, LA, HA)
-#if ORBA_CLASS >= 2
-ORBA_KERNEL(1i_1o, d, Expm1, EP, Expm1Short<F64, kRows64>)
-ORBA_KERNEL(1i_1o, s, Expm1, EP, Expm1Short<F32, kRowsShort32>)
+#if ORBA_CLASS == 5
+ORBA_KERNEL(1i_1o, d, Expm1, HA, Expm1Full<F64, 16, kExpm1Series16>)
+ORBA_KERNEL(1i_1o, d, Expm1, EP, Expm1Short<F64, 16, kExpm1ShortSeries16>)
+ORBA_KERNEL(1i_1o, s, Expm1, HA, Expm1Full<F32, 16, kExpm1Series16F>)
+ORBA_KERNEL(1i_1o, s, Expm1, EP, Expm1Short<F32, 16, kExpm1ShortSeries16F>)
+#elif ORBA_CLASS == 3
+ORBA_KERNEL(1i_1o, d, Expm1, HA, Expm1Full<F64, 64, kExpm1Series64>)
+ORBA_KERNEL(1i_1o, d, Expm1, EP, Expm1Short<F64, 64, kExpm1ShortSeries64>)
+ORBA_KERNEL(1i_1o, s, Expm1, HA, Expm1Full<F32, 16, kExpm1Series16F>)
+ORBA_KERNEL(1i_1o, s, Expm1, EP, Expm1Short<F32, 8, kExpm1ShortSeries8F>)
+#elif ORBA_CLASS == 2
+ORBA_KERNEL(1i_1o, d, Expm1, HA, Expm1Full<F64, 64, kExpm1Series64>)
+ORBA_KERNEL(1i_1o, d, Expm1, EP, Expm1Short<F64, 64, kExpm1ShortSeries64>)
+ORBA_KERNEL(1i_1o, s, Expm1, HA, Expm1Full<F32, 64, kExpm1Series64F>)
+ORBA_KERNEL(1i_1o, s, Expm1, EP, Expm1Short<F32, 64, kExpm1ShortSeries16F>)
 #else
+ORBA_KERNEL(1i_1o, d, Expm1, HA, Expm1Full<F64, 64, kExpm1Series64>)
 ORBA_SAME_KERNEL(1i_1o, d, Expm1, EP, HA)
+ORBA_KERNEL(1i_1o, s, Expm1, HA, Expm1Full<F32, 64, kExpm1Series64F>)
 ORBA_SAME_KERNEL(1i_1o, s, Expm1, EP, HA)
 #endif
+ORBA_SAME_KERNEL(1i_1o, d, Expm1, LA, HA)
+ORBA_SAME_KERNEL(1i_1o, s, Expm1, LA, HA)

@@ -5,7 +5,7 @@ namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
 template <class V, Accuracy accuracy>
-using LnKernel = LogKernel<Natural, V, accuracy>;
+using LnKernel = LogKernel<LogNatural, V, accuracy>;
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE

@@ -5,7 +5,7 @@ namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
 template <class V, Accuracy accuracy>
-using Log10Kernel = LogKernel<Decimal, V, accuracy>;
+using Log10Kernel = LogKernel<LogDecimal, V, accuracy>;
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE

@@ -19,53 +19,34 @@ namespace {
 
 // 1 + x = hi + lo, exact for x below 2^53 (2^24), and above to more than the result can tell.
 template <class V>
-ORBA_INLINE Pair<V> one_plus(V x) {
+ORBA_INLINE Pair<V> log1p_sum(V x) {
   const V s = 1 + x;
   return {s, x - (s - 1)};
 }
 
-// The sign of a zero is the only one that the sum may lose.
-#if ORBA_CLASS == 5
-ORBA_INLINE F64 with_sign_of(F64 x, F64 y) {
-  constexpr int or_of_and = 0xf8;  // a | (b & c)
-  return as_float(
-      I64(_mm512_ternarylogic_epi64(as_bits(y).v, as_bits(x).v, I64(INT64_MIN).v, or_of_and)));
-}
-ORBA_INLINE F32 with_sign_of(F32 x, F32 y) {
-  constexpr int or_of_and = 0xf8;
-  return as_float(
-      I32(_mm512_ternarylogic_epi32(as_bits(y).v, as_bits(x).v, I32(INT32_MIN).v, or_of_and)));
-}
-#else
-template <class V>
-ORBA_INLINE V with_sign_of(V x, V y) {
-  return as_float(as_bits(y) | (as_bits(x) & as_bits(V(-0.0f))));
-}
-#endif
-
 // Lanes whose 1 + x isn't positive and normal, or so large that the reciprocal is not.
 template <class Data>
-ORBA_INLINE M64 special(const LogReduction<Data, F64>& reduction, F64 s) {
-  if constexpr (Data::reciprocal == Reciprocal::kApproximate) return reduction.special();
+ORBA_INLINE M64 log1p_special(const LogReduction<Data, F64>& reduction, F64 s) {
+  if constexpr (Data::reciprocal == LogReciprocal::kApproximate) return reduction.special();
   return outside(as_bits(s), 0x00100000, 0x7f3fffff);
 }
 template <class Data>
-ORBA_INLINE M32 special(const LogReduction<Data, F32>& reduction, F32 s) {
-  if constexpr (Data::reciprocal == Reciprocal::kApproximate) return reduction.special();
+ORBA_INLINE M32 log1p_special(const LogReduction<Data, F32>& reduction, F32 s) {
+  if constexpr (Data::reciprocal == LogReciprocal::kApproximate) return reduction.special();
   return outside(as_bits(s), 0x00800000, 0x7e7fffff);
 }
 
 template <class Data, Accuracy accuracy, class V>
 ORBA_INLINE V log1p_of(V x, typename V::Mask& flag) {
-  const Pair<V> s = one_plus(x);
+  const Pair<V> s = log1p_sum(x);
   const LogReduction<Data, V> reduction(s.hi);
-  flag = flag | special(reduction, s.hi);
+  flag = flag | log1p_special(reduction, s.hi);
   const V c = reduction.c(s.hi);
   if constexpr (accuracy == kEp) {
-    const V f = kFused ? mul_add(c, x, c - 1) : excess(c, s.hi) + c * s.lo;
+    const V f = kFused ? mul_add(c, x, c - 1) : log_excess(c, s.hi) + c * s.lo;
     return with_sign_of(x, log_sum_ep<Data>(reduction.rounded_log(), f));
   } else {
-    const V e = excess(c, s.hi);
+    const V e = log_excess(c, s.hi);
     Pair<V> log = reduction.log();
     if constexpr (accuracy == kLa) {
       log.lo = mul_add(s.lo, neg_mul_add(c, e, c), log.lo);  // log(1 + f) - log(1 + e)
@@ -82,14 +63,15 @@ ORBA_COLD int32_t log1p_callout(const double* a, double* r) {
   const double x = *a;
   if (x > -1 && x < pow2(1000)) {
     M64 flag;
-    *r = first_lane(log1p_of<Natural256, kHa>(F64(x), flag));
+    *r = first_lane(log1p_of<LogNatural256, kHa>(F64(x), flag));
     return kOk;
   }
   if (x == -1) {
     *r = -1.0 / (x + 1);
     return kSing;
   }
-  return log_callout<Natural256>(a, r);  // of x as it is: too large to notice 1, or no number > -1
+  // x as it is is too large to notice 1, or no number above -1.
+  return log_callout<LogNatural256>(a, r);
 }
 
 template <class V>
@@ -116,10 +98,10 @@ struct Log1pKernel : Log1pCallout<V> {
     if constexpr (kClass < 3 && sizeof(In) == 4) {
       flag = flag | not_positive_normal(1 + x);
       M64 unused;
-      return narrow(log1p_of<Natural256, kEp>(widen_low(x), unused),
-                    log1p_of<Natural256, kEp>(widen_high(x), unused));
+      return narrow(log1p_of<LogNatural256, kEp>(widen_low(x), unused),
+                    log1p_of<LogNatural256, kEp>(widen_high(x), unused));
     } else {
-      return log1p_of<Natural::Log1pData<V>, accuracy>(x, flag);
+      return log1p_of<LogNatural::Log1pData<V>, accuracy>(x, flag);
     }
   }
 };

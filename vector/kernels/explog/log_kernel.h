@@ -25,8 +25,6 @@ ORBA_INLINE V log_of(const LogReduction<Data, V>& reduction, V x) {
     return log_sum<Data, accuracy>(reduction.log(), e);
 }
 
-ORBA_INLINE double first_lane(F64 x) { return x.v[0]; }
-
 // The complete function: special arguments, else full accuracy in one lane.
 template <class Data>
 ORBA_COLD int32_t log_callout(const double* a, double* r) {

@@ -17,46 +17,47 @@
 // Tables of up to 16 rows are in registers. Classes 0 to 2 compute single precision in double.
 #pragma once
 
-#include "vector/kernels/explog/log_polynomials.h"
+#include "vector/kernels/contract/accuracy.h"
+#include "vector/kernels/explog/log_coefficients.h"
 #include "vector/kernels/explog/log_tables.h"
 #include "vector/kernels/simd/exponent.h"
+#include "vector/kernels/simd/polynomial.h"
+#include "vector/tables/tables.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-enum Accuracy { kEp, kLa, kHa };
-
 // Where c comes from.
-enum class Reciprocal { kApproximate, kTable, kPacked };  // packed into the rows of logarithms
+enum class LogReciprocal { kApproximate, kTable, kPacked };  // packed into the rows of logarithms
 
 // Tables and polynomials of a base. In base 10 the argument of the polynomial has to be scaled, by
 // log10(e).
-struct Natural256 {
-  static constexpr Reciprocal reciprocal = Reciprocal::kPacked;
+struct LogNatural256 {
+  static constexpr LogReciprocal reciprocal = LogReciprocal::kPacked;
   static constexpr auto& log_2 = kLnOf2;
-  static constexpr auto& logs = kLnRows256;
+  static constexpr auto& logs = vector::kLnRows256;
   static constexpr auto& series = kLnSeries256;
   static constexpr auto& series_ep = kLnSeriesEp256;
 };
-struct Decimal256 {
-  static constexpr Reciprocal reciprocal = Reciprocal::kPacked;
+struct LogDecimal256 {
+  static constexpr LogReciprocal reciprocal = LogReciprocal::kPacked;
   static constexpr auto& log_2 = kLog10Of2;
   static constexpr auto& log_e = kLog10OfE;
-  static constexpr auto& logs = kLog10Rows256;
+  static constexpr auto& logs = vector::kLog10Rows256;
   static constexpr auto& series = kLog10Series256;
   static constexpr auto& series_ep = kLog10SeriesEp256;
 };
 #if ORBA_CLASS == 5
-struct NaturalSixteenths {
-  static constexpr Reciprocal reciprocal = Reciprocal::kApproximate;
+struct LogNaturalSixteenths {
+  static constexpr LogReciprocal reciprocal = LogReciprocal::kApproximate;
   static constexpr auto& log_2 = kLnOf2;
   static constexpr auto& logs = kLnSixteenths;
   static constexpr auto& series = kLnSeriesSixteenths;
   static constexpr auto& series_la = kLnSeriesLaSixteenths;
   static constexpr auto& series_ep = kLnSeriesEpSixteenths;
 };
-struct DecimalSixteenths {
-  static constexpr Reciprocal reciprocal = Reciprocal::kApproximate;
+struct LogDecimalSixteenths {
+  static constexpr LogReciprocal reciprocal = LogReciprocal::kApproximate;
   static constexpr auto& log_2 = kLog10Of2;
   static constexpr auto& log_e = kLog10OfE;
   static constexpr auto& logs = kLog10Sixteenths;
@@ -65,8 +66,8 @@ struct DecimalSixteenths {
   static constexpr auto& series_ep = kLog10SeriesEpSixteenths;
 };
 // Log1p, which needs c for 1/x itself.
-struct NaturalSixteenthsSingle {
-  static constexpr Reciprocal reciprocal = Reciprocal::kApproximate;
+struct LogNaturalSixteenthsSingle {
+  static constexpr LogReciprocal reciprocal = LogReciprocal::kApproximate;
   static constexpr auto& log_2 = kLnOf2F;
   static constexpr auto& logs = kLnSixteenthsF;
   static constexpr auto& series = kLnSeriesSixteenthsF;
@@ -78,8 +79,8 @@ struct NaturalSixteenthsSingle {
 
 // The hi words of singles are too short for EP, which has logarithms rounded to one word.
 #if ORBA_CLASS == 5
-struct NaturalSingle {
-  static constexpr Reciprocal reciprocal = Reciprocal::kTable;
+struct LogNaturalSingle {
+  static constexpr LogReciprocal reciprocal = LogReciprocal::kTable;
   static constexpr auto& log_2 = kLnOf2F;
   static constexpr auto& reciprocals = kReciprocals16F;
   static constexpr auto& logs = kLnRows16F;
@@ -88,8 +89,8 @@ struct NaturalSingle {
   static constexpr auto& rounded_logs = kLnRounded16F;
   static constexpr auto& series_ep = kLnSeriesEp16F;
 };
-struct DecimalSingle {
-  static constexpr Reciprocal reciprocal = Reciprocal::kTable;
+struct LogDecimalSingle {
+  static constexpr LogReciprocal reciprocal = LogReciprocal::kTable;
   static constexpr auto& log_2 = kLog10Of2F;
   static constexpr auto& log_e = kLog10OfEF;
   static constexpr auto& reciprocals = kReciprocals16F;
@@ -100,8 +101,8 @@ struct DecimalSingle {
   static constexpr auto& series_ep = kLog10SeriesEp16F;
 };
 #else
-struct NaturalSingle {
-  static constexpr Reciprocal reciprocal = Reciprocal::kTable;
+struct LogNaturalSingle {
+  static constexpr LogReciprocal reciprocal = LogReciprocal::kTable;
   static constexpr auto& log_2 = kLnOf2F;
   static constexpr auto& reciprocals = kReciprocals8F;
   static constexpr auto& logs = kLnRows8F;
@@ -110,8 +111,8 @@ struct NaturalSingle {
   static constexpr auto& rounded_logs = kLnRounded8F;
   static constexpr auto& series_ep = kLnSeriesEp8F;
 };
-struct DecimalSingle {
-  static constexpr Reciprocal reciprocal = Reciprocal::kTable;
+struct LogDecimalSingle {
+  static constexpr LogReciprocal reciprocal = LogReciprocal::kTable;
   static constexpr auto& log_2 = kLog10Of2F;
   static constexpr auto& log_e = kLog10OfEF;
   static constexpr auto& reciprocals = kReciprocals8F;
@@ -125,50 +126,55 @@ struct DecimalSingle {
 
 // The bases: data of the kernels of a type, and of the callouts.
 template <class Double, class Single, class V>
-struct DataOfType {
+struct LogDataOfType {
   using Type = Double;
 };
 template <class Double, class Single>
-struct DataOfType<Double, Single, F32> {
+struct LogDataOfType<Double, Single, F32> {
   using Type = Single;
 };
-struct Natural {
-  using CalloutData = Natural256;
+struct LogNatural {
+  using CalloutData = LogNatural256;
 #if ORBA_CLASS == 5
   template <class V>
-  using Log1pData = typename DataOfType<NaturalSixteenths, NaturalSixteenthsSingle, V>::Type;
+  using Log1pData =
+      typename LogDataOfType<LogNaturalSixteenths, LogNaturalSixteenthsSingle, V>::Type;
   template <class V>
-  using Data = typename DataOfType<NaturalSixteenths, NaturalSingle, V>::Type;
+  using Data = typename LogDataOfType<LogNaturalSixteenths, LogNaturalSingle, V>::Type;
 #else
   template <class V>
-  using Data = typename DataOfType<Natural256, NaturalSingle, V>::Type;
+  using Data = typename LogDataOfType<LogNatural256, LogNaturalSingle, V>::Type;
   template <class V>
   using Log1pData = Data<V>;
 #endif
 };
-struct Decimal {
-  using CalloutData = Decimal256;
+struct LogDecimal {
+  using CalloutData = LogDecimal256;
 #if ORBA_CLASS == 5
   template <class V>
-  using Data = typename DataOfType<DecimalSixteenths, DecimalSingle, V>::Type;
+  using Data = typename LogDataOfType<LogDecimalSixteenths, LogDecimalSingle, V>::Type;
 #else
   template <class V>
-  using Data = typename DataOfType<Decimal256, DecimalSingle, V>::Type;
+  using Data = typename LogDataOfType<LogDecimal256, LogDecimalSingle, V>::Type;
 #endif
 };
 
 template <class E, int rows>
-constexpr int row_bits(const PairTable<E, rows>&) {
+constexpr int log2_rows(const PairTable<E, rows>&) {
+  return __builtin_ctz(rows);
+}
+template <int rows>
+constexpr int log2_rows(const double (&)[rows][2]) {
   return __builtin_ctz(rows);
 }
 
 // c*x - 1, exact where it fits. Without FMA x is cut so that the product with c is exact.
-ORBA_INLINE F64 excess(F64 c, F64 x) {
+ORBA_INLINE F64 log_excess(F64 c, F64 x) {
   if constexpr (kFused) return mul_sub(c, x, F64(1));
   const F64 head = as_float(as_bits(x) & I64(-1024));
   return (c * head - 1.0) + c * (x - head);
 }
-ORBA_INLINE F32 excess(F32 c, F32 x) { return mul_sub(c, x, F32(1)); }
+ORBA_INLINE F32 log_excess(F32 c, F32 x) { return mul_sub(c, x, F32(1)); }
 
 // The reduction of a normal x; where reciprocals are approximate, of an x whose rounded reciprocal
 // is normal, flushed denormals or not. Others are flagged.
@@ -176,7 +182,7 @@ template <class Data, class V>
 class LogReduction {
  public:
   ORBA_INLINE explicit LogReduction(V x) {
-    if constexpr (Data::reciprocal == Reciprocal::kApproximate) {
+    if constexpr (Data::reciprocal == LogReciprocal::kApproximate) {
       // Rounded an estimate just below the largest number becomes infinity, one just below the
       // smallest normal number normal.
       c_ = rounded(approx_recip(x));
@@ -189,9 +195,9 @@ class LogReduction {
       index_ = shr<shift>(as_bits(x));
     }
     log_ = lookup(Data::logs, index_);
-    if constexpr (Data::reciprocal == Reciprocal::kTable) {
+    if constexpr (Data::reciprocal == LogReciprocal::kTable) {
       c_ = lookup(Data::reciprocals, index_);
-    } else if constexpr (Data::reciprocal == Reciprocal::kPacked) {
+    } else if constexpr (Data::reciprocal == LogReciprocal::kPacked) {
       constexpr int64_t upper_24_bits = static_cast<int64_t>(0xffffff0000000000);
       c_ = as_float(as_bits(log_.lo) & I64(upper_24_bits));
       log_.lo = as_float(shl<24>(as_bits(log_.lo)));
@@ -202,11 +208,11 @@ class LogReduction {
 
   // c*x - 1
   ORBA_INLINE V excess_of(V x) const {
-    return excess(c_, Data::reciprocal == Reciprocal::kApproximate ? x : significand(x));
+    return log_excess(c_, Data::reciprocal == LogReciprocal::kApproximate ? x : significand(x));
   }
   // c, of which a table holds the significand, near 1/x itself.
   ORBA_INLINE V c(V x) const {
-    return Data::reciprocal == Reciprocal::kApproximate ? c_ : without_exponent(c_, x);
+    return Data::reciprocal == LogReciprocal::kApproximate ? c_ : without_exponent(c_, x);
   }
 
   // -log(c), for a double also of x * 2^k_correction, in two words; for EP in one.
@@ -221,10 +227,10 @@ class LogReduction {
 
  private:
   using Element = typename V::Element;
-  static constexpr int shift = (sizeof(Element) == 8 ? 52 : 23) - row_bits(Data::logs);
+  static constexpr int shift = (sizeof(Element) == 8 ? 52 : 23) - log2_rows(Data::logs);
   // k is the exponent of x, or of c: that of 1/x.
   static constexpr Element unit =
-      Data::reciprocal == Reciprocal::kApproximate ? -kExponentUnit<V> : kExponentUnit<V>;
+      Data::reciprocal == LogReciprocal::kApproximate ? -kExponentUnit<V> : kExponentUnit<V>;
 
   ORBA_INLINE Pair<V> log_at(V k) const {
     return {mul_add(k, V(Data::log_2[0] / unit), log_.hi),
@@ -245,27 +251,6 @@ class LogReduction {
   typename V::Bits index_;
   Pair<V> log_;
 };
-
-template <class V, class C, int n>
-ORBA_INLINE V horner(V x, const C (&c)[n]) {
-  V sum = c[n - 1];
-  ORBA_UNROLL
-  for (int i = n - 2; i >= 0; --i) sum = mul_add(sum, x, V(c[i]));
-  return sum;
-}
-
-// From coefficient `first` on, in two chains in the square z of x, which halves the latency.
-template <int first, class V, class C, int n>
-ORBA_INLINE V even_odd(V x, V z, const C (&c)[n]) {
-  constexpr int last = n - 1, last_even = last - (last - first) % 2,
-                last_odd = last - (last - first + 1) % 2;
-  V even = c[last_even], odd = c[last_odd];
-  ORBA_UNROLL
-  for (int i = last_even - 2; i >= first; i -= 2) even = mul_add(even, z, V(c[i]));
-  ORBA_UNROLL
-  for (int i = last_odd - 2; i >= first; i -= 2) odd = mul_add(odd, z, V(c[i]));
-  return mul_add(odd, x, even);
-}
 
 // log + log(1 + e) for |log.hi| >= 2|e| or 0.
 //

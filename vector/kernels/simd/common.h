@@ -12,6 +12,27 @@ ORBA_INLINE F32 abs(F32 a) { return as_float(as_bits(a) & I32(INT32_MAX)); }
 ORBA_INLINE F64 negate(F64 a) { return as_float(as_bits(a) ^ I64(INT64_MIN)); }
 ORBA_INLINE F32 negate(F32 a) { return as_float(as_bits(a) ^ I32(INT32_MIN)); }
 
+// y with the sign bit of x set too: the sign of a result that may have lost that of a zero.
+#if ORBA_CLASS == 5
+ORBA_INLINE F64 with_sign_of(F64 x, F64 y) {
+  constexpr int or_of_and = 0xf8;  // a | (b & c)
+  return as_float(
+      I64(_mm512_ternarylogic_epi64(as_bits(y).v, as_bits(x).v, I64(INT64_MIN).v, or_of_and)));
+}
+ORBA_INLINE F32 with_sign_of(F32 x, F32 y) {
+  constexpr int or_of_and = 0xf8;
+  return as_float(
+      I32(_mm512_ternarylogic_epi32(as_bits(y).v, as_bits(x).v, I32(INT32_MIN).v, or_of_and)));
+}
+#else
+template <class V>
+ORBA_INLINE V with_sign_of(V x, V y) {
+  return as_float(as_bits(y) | (as_bits(x) & as_bits(V(-0.0f))));
+}
+#endif
+
+ORBA_INLINE double first_lane(F64 x) { return x.v[0]; }
+
 // Lanes whose high word (single precision: whole word), as an unsigned number, lies outside
 // [lo, hi]: one subtraction and one signed compare, and NaN, infinity and both signs of zero fall
 // on the outside of any range of normal numbers.

@@ -1,14 +1,20 @@
-// Table look-up, one interface on every class:
+// Table look-up, one interface on every class: lookup(table, index) for
 //
-//   Table<E, rows>        rows of one number             lookup(table, index) -> vector
-//   PairTable<E, rows>    rows of a head and a tail      lookup(table, index) -> Pair of vectors
+//   Table<E, rows>        constants of a class, rows of one number            a vector
+//   PairTable<E, rows>    the same, rows of a head and a tail                 a Pair of vectors
+//   E[rows]               data of the library (vector/tables/tables.h)        a vector
+//   E[rows][2]            the same in pairs                                   a Pair of vectors
+//   E[rows][4], [8]       the same, rows of a polynomial or an expansion      a Row of vectors
 //
 // With a power of two of rows the index counts modulo that number, so the bits of a shifted sum
 // serve as they are; with any other number of rows the index has to lie in the table.
 //
 // Small tables live in registers: on class 5 up to 32 rows, on class 3 up to 16 rows of floats.
 // Others are read from memory, on classes 0 to 3 by scalar loads: no slower than a gather
-// instruction, and a pair then costs little more than a single number.
+// instruction, and a pair then costs little more than a single number. Rows of several numbers are
+// read as they stand and transposed: on classes 0 to 3 two numbers at a time, on class 5 four. Rows
+// of plain data start at a multiple of 16 bytes, those of four numbers and more at one of 32 (float:
+// 16).
 #pragma once
 
 #include "vector/kernels/simd/pair_arithmetic.h"
@@ -21,7 +27,6 @@ template <class E, int rows>
 struct Table {
   static constexpr bool in_registers =
       kClass == 5 ? rows <= 32 : kClass == 3 && sizeof(E) == 4 && rows <= 16;
-  static constexpr bool wraps = (rows & (rows - 1)) == 0;
   alignas(64) E row[rows];
 };
 
@@ -29,7 +34,6 @@ struct Table {
 template <class E, int rows>
 struct PairTable {
   static constexpr bool in_registers = Table<E, rows>::in_registers;
-  static constexpr bool wraps = Table<E, rows>::wraps;
   alignas(64) E data[2 * rows];
   constexpr PairTable(const E (&pairs)[rows][2]) : data{} {
     for (int i = 0; i < rows; ++i) {
@@ -37,6 +41,11 @@ struct PairTable {
       data[in_registers ? rows + i : 2 * i + 1] = pairs[i][1];
     }
   }
+};
+
+template <class V, int width>
+struct Row {
+  V word[width];
 };
 
 #if ORBA_CLASS == 5
@@ -75,6 +84,43 @@ template <class E, class I>
 ORBA_INLINE auto lookup_pairs(const E* row, I index) {
   const auto hi = lookup_in_memory(row, index + index);
   return Pair<decltype(hi + hi)>{hi, lookup_in_memory(row + 1, index + index)};
+}
+
+// Four numbers from each row on. Rows are loaded so that two steps of shuffles bring them in order:
+// doubles 0 and 2 in one vector, 1 and 3 in the next, 4 and 6, 5 and 7; floats 0, 4, 8 and 12, ...
+template <int width>
+ORBA_INLINE void lookup_four(const double* table, I64 index, F64* word) {
+  alignas(64) int64_t i[8];
+  _mm512_store_si512(i, index.v);
+  const auto rows = [&](int j, int k) {
+    return _mm512_insertf64x4(_mm512_castpd256_pd512(_mm256_load_pd(table + width * i[j])),
+                              _mm256_load_pd(table + width * i[k]), 1);
+  };
+  const __m512d a = rows(0, 2), b = rows(1, 3), c = rows(4, 6), d = rows(5, 7);
+  const __m512d low_ab = _mm512_unpacklo_pd(a, b), low_cd = _mm512_unpacklo_pd(c, d);
+  const __m512d high_ab = _mm512_unpackhi_pd(a, b), high_cd = _mm512_unpackhi_pd(c, d);
+  word[0] = _mm512_shuffle_f64x2(low_ab, low_cd, 0x88);
+  word[1] = _mm512_shuffle_f64x2(high_ab, high_cd, 0x88);
+  word[2] = _mm512_shuffle_f64x2(low_ab, low_cd, 0xdd);
+  word[3] = _mm512_shuffle_f64x2(high_ab, high_cd, 0xdd);
+}
+template <int width>
+ORBA_INLINE void lookup_four(const float* table, I32 index, F32* word) {
+  alignas(64) int32_t i[16];
+  _mm512_store_si512(i, index.v);
+  const auto rows = [&](int j) {
+    __m512 v = _mm512_castps128_ps512(_mm_load_ps(table + width * i[j]));
+    v = _mm512_insertf32x4(v, _mm_load_ps(table + width * i[j + 4]), 1);
+    v = _mm512_insertf32x4(v, _mm_load_ps(table + width * i[j + 8]), 2);
+    return _mm512_insertf32x4(v, _mm_load_ps(table + width * i[j + 12]), 3);
+  };
+  const __m512 a = rows(0), b = rows(1), c = rows(2), d = rows(3);
+  const __m512 low_ab = _mm512_unpacklo_ps(a, b), low_cd = _mm512_unpacklo_ps(c, d);
+  const __m512 high_ab = _mm512_unpackhi_ps(a, b), high_cd = _mm512_unpackhi_ps(c, d);
+  word[0] = _mm512_shuffle_ps(low_ab, low_cd, _MM_SHUFFLE(1, 0, 1, 0));
+  word[1] = _mm512_shuffle_ps(low_ab, low_cd, _MM_SHUFFLE(3, 2, 3, 2));
+  word[2] = _mm512_shuffle_ps(high_ab, high_cd, _MM_SHUFFLE(1, 0, 1, 0));
+  word[3] = _mm512_shuffle_ps(high_ab, high_cd, _MM_SHUFFLE(3, 2, 3, 2));
 }
 
 #else
@@ -144,16 +190,14 @@ ORBA_INLINE F32 lookup_in_memory(const float* row, I32 index) {
   return _mm256_set_m128(load_rows(row, indices32(_mm256_extracti128_si256(index.v, 1))),
                          load_rows(row, indices32(_mm256_castsi256_si128(index.v))));
 }
-ORBA_INLINE Pair<F64> lookup_pairs(const double* row, I64 index) {
-  index = index + index;
+ORBA_INLINE Pair<F64> load_pairs(const double* row, I64 index) {
   const Indices2 low = indices64(_mm256_castsi256_si128(index.v));
   const Indices2 high = indices64(_mm256_extracti128_si256(index.v, 1));
   const __m256d even = _mm256_set_m128d(_mm_load_pd(row + high.i0), _mm_load_pd(row + low.i0));
   const __m256d odd = _mm256_set_m128d(_mm_load_pd(row + high.i1), _mm_load_pd(row + low.i1));
   return {_mm256_unpacklo_pd(even, odd), _mm256_unpackhi_pd(even, odd)};
 }
-ORBA_INLINE Pair<F32> lookup_pairs(const float* row, I32 index) {
-  index = index + index;
+ORBA_INLINE Pair<F32> load_pairs(const float* row, I32 index) {
   const Indices4 low = indices32(_mm256_castsi256_si128(index.v));
   const Indices4 high = indices32(_mm256_extracti128_si256(index.v, 1));
   const __m256 a =
@@ -170,14 +214,12 @@ ORBA_INLINE F64 lookup_in_memory(const double* row, I64 index) { return load_row
 ORBA_INLINE F32 lookup_in_memory(const float* row, I32 index) {
   return load_rows(row, indices32(index.v));
 }
-ORBA_INLINE Pair<F64> lookup_pairs(const double* row, I64 index) {
-  index = index + index;
+ORBA_INLINE Pair<F64> load_pairs(const double* row, I64 index) {
   const Indices2 i = indices64(index.v);
   const __m128d first = _mm_load_pd(row + i.i0), second = _mm_load_pd(row + i.i1);
   return {_mm_unpacklo_pd(first, second), _mm_unpackhi_pd(first, second)};
 }
-ORBA_INLINE Pair<F32> lookup_pairs(const float* row, I32 index) {
-  index = index + index;
+ORBA_INLINE Pair<F32> load_pairs(const float* row, I32 index) {
   const Indices4 i = indices32(index.v);
   const __m128 a = load_row_pairs(row, i.i0, i.i1), b = load_row_pairs(row, i.i2, i.i3);
   return {_mm_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0)),
@@ -185,41 +227,73 @@ ORBA_INLINE Pair<F32> lookup_pairs(const float* row, I32 index) {
 }
 
 #  endif
+
+template <class E, class I>
+ORBA_INLINE auto lookup_pairs(const E* row, I index) {
+  return load_pairs(row, index + index);
+}
+template <int width, class E, class V>
+ORBA_INLINE void lookup_four(const E* table, typename V::Bits index, V* word) {
+  constexpr int log2_width = width == 4 ? 2 : 3;
+  const typename V::Bits first = shl<log2_width>(index);
+  const Pair<V> low = load_pairs(table, first), high = load_pairs(table + 2, first);
+  word[0] = low.hi, word[1] = low.lo, word[2] = high.hi, word[3] = high.lo;
+}
+
 #endif
 
-template <int rows>
-ORBA_INLINE F64 lookup(const Table<double, rows>& table, I64 index) {
-  using T = Table<double, rows>;
-  if constexpr (T::in_registers)
+// The vector of a type of element, and an index that counts modulo a power of two.
+template <class E>
+struct VectorOfElement {
+  using Type = F64;
+};
+template <>
+struct VectorOfElement<float> {
+  using Type = F32;
+};
+template <class E>
+using VectorOf = typename VectorOfElement<E>::Type;
+template <class E>
+using IndexOf = typename VectorOf<E>::Bits;
+template <int rows, class I>
+ORBA_INLINE I wrapped(I index) {
+  if constexpr ((rows & (rows - 1)) == 0) return index & I(rows - 1);
+  return index;
+}
+
+template <class E, int rows>
+ORBA_INLINE VectorOf<E> lookup(const E (&table)[rows], IndexOf<E> index) {
+  return lookup_in_memory(table, wrapped<rows>(index));
+}
+template <class E, int rows>
+ORBA_INLINE Pair<VectorOf<E>> lookup(const E (&table)[rows][2], IndexOf<E> index) {
+  return lookup_pairs(table[0], wrapped<rows>(index));
+}
+template <class E, int rows, int width>
+requires(width == 4 ||
+         width == 8) ORBA_INLINE Row<VectorOf<E>, width> lookup(const E (&table)[rows][width],
+                                                                IndexOf<E> index) {
+  index = wrapped<rows>(index);
+  Row<VectorOf<E>, width> row;
+  ORBA_UNROLL
+  for (int i = 0; i < width; i += 4) lookup_four<width>(table[0] + i, index, row.word + i);
+  return row;
+}
+
+template <class E, int rows>
+ORBA_INLINE VectorOf<E> lookup(const Table<E, rows>& table, IndexOf<E> index) {
+  if constexpr (Table<E, rows>::in_registers)
     return lookup_in_registers<rows>(table.row, index);
   else
-    return lookup_in_memory(table.row, T::wraps ? index & I64(rows - 1) : index);
+    return lookup(table.row, index);
 }
-template <int rows>
-ORBA_INLINE F32 lookup(const Table<float, rows>& table, I32 index) {
-  using T = Table<float, rows>;
-  if constexpr (T::in_registers)
-    return lookup_in_registers<rows>(table.row, index);
-  else
-    return lookup_in_memory(table.row, T::wraps ? index & I32(rows - 1) : index);
-}
-template <int rows>
-ORBA_INLINE Pair<F64> lookup(const PairTable<double, rows>& table, I64 index) {
-  using T = PairTable<double, rows>;
-  if constexpr (T::in_registers)
+template <class E, int rows>
+ORBA_INLINE Pair<VectorOf<E>> lookup(const PairTable<E, rows>& table, IndexOf<E> index) {
+  if constexpr (PairTable<E, rows>::in_registers)
     return {lookup_in_registers<rows>(table.data, index),
             lookup_in_registers<rows>(table.data + rows, index)};
   else
-    return lookup_pairs(table.data, T::wraps ? index & I64(rows - 1) : index);
-}
-template <int rows>
-ORBA_INLINE Pair<F32> lookup(const PairTable<float, rows>& table, I32 index) {
-  using T = PairTable<float, rows>;
-  if constexpr (T::in_registers)
-    return {lookup_in_registers<rows>(table.data, index),
-            lookup_in_registers<rows>(table.data + rows, index)};
-  else
-    return lookup_pairs(table.data, T::wraps ? index & I32(rows - 1) : index);
+    return lookup_pairs(table.data, wrapped<rows>(index));
 }
 
 }  // namespace
