@@ -71,7 +71,7 @@ ORBA_COLD int32_t log1p_callout(const double* a, double* r) {
     return kSing;
   }
   // x as it is is too large to notice 1, or no number above -1.
-  return log_callout<LogNatural256>(a, r);
+  return log_callout<LogNatural>(a, r);
 }
 
 template <class V>

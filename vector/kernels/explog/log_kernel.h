@@ -11,7 +11,7 @@
 
 #include "vector/kernels/contract/kernel.h"
 #include "vector/kernels/contract/scalar.h"
-#include "vector/kernels/explog/log_reduction.h"
+#include "vector/kernels/explog/log_pair.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
@@ -25,23 +25,18 @@ ORBA_INLINE V log_of(const LogReduction<Data, V>& reduction, V x) {
     return log_sum<Data, accuracy>(reduction.log(), e);
 }
 
-// The complete function: special arguments, else full accuracy in one lane.
-template <class Data>
+// The complete function: special arguments, else full accuracy.
+template <class Base>
 ORBA_COLD int32_t log_callout(const double* a, double* r) {
-  double x = *a;
+  const double x = *a;
   if (is_nan_or_inf(x)) {
     *r = x < 0 ? x - x : x * x;
     return x < 0 ? kErrDom : kOk;
   }
-  double k_correction = 0;
-  if (bit_cast<uint64_t>(x) << 1 < uint64_t{0x0020000000000000}) {  // zero or denormal
-    x *= pow2(60);
-    k_correction = -60;
-  }
   if (x > 0) {
-    const LogReduction<Data, F64> reduction(x);
-    const F64 e = reduction.excess_of(x);
-    *r = first_lane(log_sum<Data, kHa>(reduction.log(k_correction), e));
+    Pair<double> log = log_pair(x);
+    if constexpr (Base::decimal) log = log * Pair<double>{kLog10OfE[0], kLog10OfE[1]};
+    *r = log.hi + log.lo;
     return kOk;
   }
   if (x == 0) {
@@ -53,19 +48,19 @@ ORBA_COLD int32_t log_callout(const double* a, double* r) {
 }
 
 // Callouts by type.
-template <class Data, class V>
+template <class Base, class V>
 struct LogCallout;
-template <class Data>
-struct LogCallout<Data, F64> {
-  static int32_t callout(const double* a, double* r) { return log_callout<Data>(a, r); }
+template <class Base>
+struct LogCallout<Base, F64> {
+  static int32_t callout(const double* a, double* r) { return log_callout<Base>(a, r); }
 };
-template <class Data>
-struct LogCallout<Data, F32> {
-  static int32_t callout(const float* a, float* r) { return narrowed(log_callout<Data>, a, r); }
+template <class Base>
+struct LogCallout<Base, F32> {
+  static int32_t callout(const float* a, float* r) { return narrowed(log_callout<Base>, a, r); }
 };
 
 template <class Base, class V, Accuracy accuracy>
-struct LogKernel : LogCallout<typename Base::CalloutData, V> {
+struct LogKernel : LogCallout<Base, V> {
   using In = typename V::Element;
   using Out = In;
   using Flag = typename V::Mask;

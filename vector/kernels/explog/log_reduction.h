@@ -124,7 +124,7 @@ struct LogDecimalSingle {
 };
 #endif
 
-// The bases: data of the kernels of a type, and of the callouts.
+// The bases: data of the kernels of a type.
 template <class Double, class Single, class V>
 struct LogDataOfType {
   using Type = Double;
@@ -134,7 +134,7 @@ struct LogDataOfType<Double, Single, F32> {
   using Type = Single;
 };
 struct LogNatural {
-  using CalloutData = LogNatural256;
+  static constexpr bool decimal = false;
 #if ORBA_CLASS == 5
   template <class V>
   using Log1pData =
@@ -149,7 +149,7 @@ struct LogNatural {
 #endif
 };
 struct LogDecimal {
-  using CalloutData = LogDecimal256;
+  static constexpr bool decimal = true;
 #if ORBA_CLASS == 5
   template <class V>
   using Data = typename LogDataOfType<LogDecimalSixteenths, LogDecimalSingle, V>::Type;

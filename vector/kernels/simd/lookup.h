@@ -93,16 +93,19 @@ ORBA_INLINE void lookup_four(const double* table, I64 index, F64* word) {
   alignas(64) int64_t i[8];
   _mm512_store_si512(i, index.v);
   const auto rows = [&](int j, int k) {
-    return _mm512_insertf64x4(_mm512_castpd256_pd512(_mm256_load_pd(table + width * i[j])),
-                              _mm256_load_pd(table + width * i[k]), 1);
+    return _mm512_maskz_insertf64x4(0xff,
+                                    _mm512_castpd256_pd512(_mm256_load_pd(table + width * i[j])),
+                                    _mm256_load_pd(table + width * i[k]), 1);
   };
   const __m512d a = rows(0, 2), b = rows(1, 3), c = rows(4, 6), d = rows(5, 7);
-  const __m512d low_ab = _mm512_unpacklo_pd(a, b), low_cd = _mm512_unpacklo_pd(c, d);
-  const __m512d high_ab = _mm512_unpackhi_pd(a, b), high_cd = _mm512_unpackhi_pd(c, d);
-  word[0] = _mm512_shuffle_f64x2(low_ab, low_cd, 0x88);
-  word[1] = _mm512_shuffle_f64x2(high_ab, high_cd, 0x88);
-  word[2] = _mm512_shuffle_f64x2(low_ab, low_cd, 0xdd);
-  word[3] = _mm512_shuffle_f64x2(high_ab, high_cd, 0xdd);
+  const __m512d low_ab = _mm512_maskz_unpacklo_pd(0xff, a, b),
+                low_cd = _mm512_maskz_unpacklo_pd(0xff, c, d);
+  const __m512d high_ab = _mm512_maskz_unpackhi_pd(0xff, a, b),
+                high_cd = _mm512_maskz_unpackhi_pd(0xff, c, d);
+  word[0] = _mm512_maskz_shuffle_f64x2(0xff, low_ab, low_cd, 0x88);
+  word[1] = _mm512_maskz_shuffle_f64x2(0xff, high_ab, high_cd, 0x88);
+  word[2] = _mm512_maskz_shuffle_f64x2(0xff, low_ab, low_cd, 0xdd);
+  word[3] = _mm512_maskz_shuffle_f64x2(0xff, high_ab, high_cd, 0xdd);
 }
 template <int width>
 ORBA_INLINE void lookup_four(const float* table, I32 index, F32* word) {
@@ -110,17 +113,19 @@ ORBA_INLINE void lookup_four(const float* table, I32 index, F32* word) {
   _mm512_store_si512(i, index.v);
   const auto rows = [&](int j) {
     __m512 v = _mm512_castps128_ps512(_mm_load_ps(table + width * i[j]));
-    v = _mm512_insertf32x4(v, _mm_load_ps(table + width * i[j + 4]), 1);
-    v = _mm512_insertf32x4(v, _mm_load_ps(table + width * i[j + 8]), 2);
-    return _mm512_insertf32x4(v, _mm_load_ps(table + width * i[j + 12]), 3);
+    v = _mm512_maskz_insertf32x4(0xffff, v, _mm_load_ps(table + width * i[j + 4]), 1);
+    v = _mm512_maskz_insertf32x4(0xffff, v, _mm_load_ps(table + width * i[j + 8]), 2);
+    return _mm512_maskz_insertf32x4(0xffff, v, _mm_load_ps(table + width * i[j + 12]), 3);
   };
   const __m512 a = rows(0), b = rows(1), c = rows(2), d = rows(3);
-  const __m512 low_ab = _mm512_unpacklo_ps(a, b), low_cd = _mm512_unpacklo_ps(c, d);
-  const __m512 high_ab = _mm512_unpackhi_ps(a, b), high_cd = _mm512_unpackhi_ps(c, d);
-  word[0] = _mm512_shuffle_ps(low_ab, low_cd, _MM_SHUFFLE(1, 0, 1, 0));
-  word[1] = _mm512_shuffle_ps(low_ab, low_cd, _MM_SHUFFLE(3, 2, 3, 2));
-  word[2] = _mm512_shuffle_ps(high_ab, high_cd, _MM_SHUFFLE(1, 0, 1, 0));
-  word[3] = _mm512_shuffle_ps(high_ab, high_cd, _MM_SHUFFLE(3, 2, 3, 2));
+  const __m512 low_ab = _mm512_maskz_unpacklo_ps(0xffff, a, b),
+               low_cd = _mm512_maskz_unpacklo_ps(0xffff, c, d);
+  const __m512 high_ab = _mm512_maskz_unpackhi_ps(0xffff, a, b),
+               high_cd = _mm512_maskz_unpackhi_ps(0xffff, c, d);
+  word[0] = _mm512_maskz_shuffle_ps(0xffff, low_ab, low_cd, _MM_SHUFFLE(1, 0, 1, 0));
+  word[1] = _mm512_maskz_shuffle_ps(0xffff, low_ab, low_cd, _MM_SHUFFLE(3, 2, 3, 2));
+  word[2] = _mm512_maskz_shuffle_ps(0xffff, high_ab, high_cd, _MM_SHUFFLE(1, 0, 1, 0));
+  word[3] = _mm512_maskz_shuffle_ps(0xffff, high_ab, high_cd, _MM_SHUFFLE(3, 2, 3, 2));
 }
 
 #else

@@ -123,21 +123,23 @@ ORBA_INLINE I32 operator-(I32 a, I32 b) { return _mm512_sub_epi32(a.v, b.v); }
 ORBA_INLINE I32 operator&(I32 a, I32 b) { return _mm512_and_si512(a.v, b.v); }
 ORBA_INLINE I32 operator|(I32 a, I32 b) { return _mm512_or_si512(a.v, b.v); }
 ORBA_INLINE I32 operator^(I32 a, I32 b) { return _mm512_xor_si512(a.v, b.v); }
+// Masked forms have a defined source operand: g++ 12 warns of the undefined one inside its own
+// unmasked intrinsics.
 template <int k>
 ORBA_INLINE I64 shl(I64 a) {
-  return _mm512_slli_epi64(a.v, k);
+  return _mm512_maskz_slli_epi64(0xff, a.v, k);
 }
 template <int k>
 ORBA_INLINE I64 shr(I64 a) {
-  return _mm512_srli_epi64(a.v, k);
+  return _mm512_maskz_srli_epi64(0xff, a.v, k);
 }
 template <int k>
 ORBA_INLINE I32 shl(I32 a) {
-  return _mm512_slli_epi32(a.v, k);
+  return _mm512_maskz_slli_epi32(0xffff, a.v, k);
 }
 template <int k>
 ORBA_INLINE I32 shr(I32 a) {
-  return _mm512_srli_epi32(a.v, k);
+  return _mm512_maskz_srli_epi32(0xffff, a.v, k);
 }
 
 // Comparisons. `!=` holds for unordered lanes, the others do not; `not_in` is the test of a range
