@@ -95,7 +95,8 @@ TOOL_CHAIN = {"__stack_chk_fail", "_GLOBAL_OFFSET_TABLE_"}
 def check_undefined(groups):
     hooks = {f"orba::vector::{name}" for name in re.findall(
         r"^\w+ (\w+)\(", (ROOT / "vector/words/element_error.h").read_text(), re.M)}
-    hooks |= {"orba::statistics::brng_of", "orba::statistics::floors_of"}
+    hooks |= {f"orba::statistics::{name}" for name in re.findall(
+        r"^[\w* ]+?(\w+)\(", (ROOT / "statistics/streams/kernel_calls.h").read_text(), re.M)}
     for group, items in groups.items():
         if group == "base":
             continue

@@ -26,7 +26,8 @@ struct Subject {
   int32_t brng;
   int rau_class;
 
-  const BrngProperties& row() const { return *statistics::find_brng(rau_class, brng); }
+  const statistics::Brng& row() const { return *statistics::find_brng(rau_class, brng); }
+  bool can(uint32_t abilities) const { return (row().abilities & abilities) == abilities; }
   size_t output_words() const { return static_cast<size_t>(row().WordSize) / sizeof(uint32_t); }
   bool fused() const { return rau_class >= 3; }
 };
@@ -39,8 +40,8 @@ inline std::ostream& operator<<(std::ostream& stream, const Subject& subject) {
 inline std::vector<Subject> subjects() {
   std::vector<Subject> list;
   for (int c = 0; c <= highest_rau_class(); ++c) {
-#define ORBA_BRNG(row, Name, size, seeds, zero, word, bits, subs) \
-  list.push_back({#Name, (row + 1) << 20, c});                    \
+#define ORBA_BRNG(row, Name, size, seeds, zero, word, bits, subs, abilities, uniform, blocks) \
+  list.push_back({#Name, (row + 1) << 20, c});                                                \
   if (subs > 1) list.push_back({#Name " last", ((row + 1) << 20) + subs - 1, c});
 #include "statistics/streams/generators/brngs.def"
 #undef ORBA_BRNG

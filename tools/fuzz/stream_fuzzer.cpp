@@ -12,6 +12,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
 #include <limits>
 #include <random>
 #include <string>
@@ -222,8 +223,8 @@ class Session {
   }
   static std::string image(const StreamState* stream) {
     if (stream == nullptr) return {};
-    const auto size = static_cast<size_t>(statistics::stream_block_size(row(stream)));
-    return {reinterpret_cast<const char*>(stream), size};
+    const auto size = static_cast<size_t>(row(stream).StreamStateSize);
+    return {reinterpret_cast<const char*>(stream), std::max(size, sizeof(StreamState))};
   }
   std::string image() const {
     std::string all(reinterpret_cast<const char*>(dead_block_), sizeof dead_block_);
