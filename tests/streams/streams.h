@@ -30,6 +30,9 @@ struct Subject {
   bool can(uint32_t abilities) const { return (row().abilities & abilities) == abilities; }
   size_t output_words() const { return static_cast<size_t>(row().WordSize) / sizeof(uint32_t); }
   bool fused() const { return rau_class >= 3; }
+  int32_t move_by_words(StreamState* stream, const std::vector<uint64_t>& steps) const {
+    return row().InitStream(3, stream, static_cast<int32_t>(steps.size()), steps.data());
+  }
 };
 
 inline std::ostream& operator<<(std::ostream& stream, const Subject& subject) {
@@ -152,19 +155,27 @@ class Stream {
 
   // The next n raw outputs, doubles or floats.
   Words words(size_t n) {
-    Guarded<uint32_t> r(n * output_words());
-    EXPECT_EQ(viRngUniformBits(0, handle_, static_cast<int32_t>(n), r.data()), 0);
-    return r.take();
+    return take<uint32_t>(n * output_words(), [&](int32_t, uint32_t* r) {
+      return viRngUniformBits(0, handle_, static_cast<int32_t>(n), r);
+    });
   }
-  std::vector<double> doubles(size_t n, double a = 0, double b = 1) {
-    Guarded<double> r(n);
-    EXPECT_EQ(vdRngUniform(0, handle_, static_cast<int32_t>(n), r.data(), a, b), 0);
-    return r.take();
+  std::vector<double> doubles(size_t n, double a = 0, double b = 1, int32_t method = 0) {
+    return take<double>(
+        n, [&](int32_t count, double* r) { return vdRngUniform(method, handle_, count, r, a, b); });
   }
-  std::vector<float> floats(size_t n, float a = 0, float b = 1) {
-    Guarded<float> r(n);
-    EXPECT_EQ(vsRngUniform(0, handle_, static_cast<int32_t>(n), r.data(), a, b), 0);
-    return r.take();
+  std::vector<float> floats(size_t n, float a = 0, float b = 1, int32_t method = 0) {
+    return take<float>(
+        n, [&](int32_t count, float* r) { return vsRngUniform(method, handle_, count, r, a, b); });
+  }
+  std::vector<double> reals(size_t n, double a, double b, int32_t method = 0) {
+    return doubles(n, a, b, method);
+  }
+  std::vector<float> reals(size_t n, float a, float b, int32_t method = 0) {
+    return floats(n, a, b, method);
+  }
+  std::vector<int32_t> integers(size_t n, int32_t a, int32_t b) {
+    return take<int32_t>(
+        n, [&](int32_t count, int32_t* r) { return viRngUniform(0, handle_, count, r, a, b); });
   }
 
   template <class T = uint32_t>
@@ -172,6 +183,11 @@ class Stream {
     T value;
     std::memcpy(&value, reinterpret_cast<const char*>(handle_) + offset, sizeof value);
     return value;
+  }
+  Words state_words(size_t first, size_t count) const {
+    Words words;
+    for (size_t i = 0; i < count; ++i) words.push_back(at(16 + 4 * (first + i)));
+    return words;
   }
   // Header and state.
   std::string bytes() const {
@@ -183,6 +199,14 @@ class Stream {
   size_t output_words() const { return static_cast<size_t>(row().WordSize) / sizeof(uint32_t); }
 
  private:
+  // n elements by a call that succeeds and writes no others.
+  template <class T, class Call>
+  static std::vector<T> take(size_t n, Call call) {
+    Guarded<T> r(n);
+    EXPECT_EQ(call(static_cast<int32_t>(n), r.data()), 0);
+    return r.take();
+  }
+
   StreamState* handle_ = nullptr;
 };
 

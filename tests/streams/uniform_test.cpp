@@ -13,6 +13,11 @@
 namespace orba::test {
 namespace {
 
+using statistics::UniformBits;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+
 void for_each_class(auto test) {
   for (int c = 0; c <= highest_rau_class(); ++c) {
     SCOPED_TRACE(testing::Message() << "class " << c);
@@ -21,59 +26,64 @@ void for_each_class(auto test) {
   }
 }
 
+Stream scripted(const std::vector<double>& reals) {
+  script() = {};
+  script().reals = reals;
+  return Stream(scripted_brng(), {1});
+}
+
 // ---- The accurate method ----
 
+// Results are within the interval, and what was there before stays, also what is no number.
+template <class Real>
+void expect_within(const std::vector<double>& given, Real a, Real b, size_t n) {
+  std::vector<Real> plain = scripted(given).reals(n, a, b), expected;
+  for (const Real x : plain) expected.push_back(x < a ? a : x > b ? b : x);
+  EXPECT_TRUE(same(scripted(given).reals(n, a, b, RAU_METHOD_ACCURATE), expected)) << a << b;
+}
+
 TEST(Accurate, ResultsStayInTheInterval) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   const double a = -1.25, b = 3.5;
-  const std::vector<double> given = {
-      std::nextafter(a, -9), a,         std::nextafter(a, 9), 0.0, -0.0, std::nextafter(b, 0), b,
-      std::nextafter(b, 9),  kInfinity, -kInfinity,           1e9, -1e9};
+  std::vector<double> given = {std::nextafter(a, -9), a, std::nextafter(a, 9), 0.0, kNan, -0.0};
+  append(given, {std::nextafter(b, 0), b, std::nextafter(b, 9), kInfinity, -kInfinity, 1e9, -1e9});
   for_each_class([&] {
     for (size_t n = 1; n <= 40; ++n) {
-      script() = {};
-      for (size_t i = 0; i < n; ++i) script().reals.push_back(given[i % given.size()]);
-      script().reals.erase(script().reals.begin());
-      std::vector<double> expected;
-      for (const double x : script().reals) expected.push_back(std::min(b, std::max(a, x)));
-      Stream stream(scripted_brng(), {1});
-      Guarded<double> d(n);
-      ASSERT_EQ(vdRngUniform(RAU_METHOD_ACCURATE, stream, static_cast<int32_t>(n), d.data(), a, b),
-                0);
-      EXPECT_TRUE(same(d.take(), expected));
-      EXPECT_TRUE(same(Stream(scripted_brng(), {1}).doubles(n, a, b), script().reals));
-      Guarded<float> f(n);
-      ASSERT_EQ(vsRngUniform(RAU_METHOD_ACCURATE, stream, static_cast<int32_t>(n), f.data(),
-                             static_cast<float>(a), static_cast<float>(b)),
-                0);
-      EXPECT_TRUE(same(f.take(), std::vector<float>(expected.begin(), expected.end())));
+      for (const auto& [low, high] : {std::pair{a, b}, {kNan, b}, {a, kNan}, {kNan, kNan}}) {
+        expect_within<double>(given, low, high, n);
+        expect_within<float>(given, static_cast<float>(low), static_cast<float>(high), n);
+      }
     }
   });
 }
 
-// Floats that round to an end; the accurate method draws the same outputs.
+// Floats that round to an end; the accurate method draws the same outputs. Without a number for a
+// bound there is none for a result.
 TEST(Accurate, ChangesNothingElse) {
   for_each_subject([](const Subject& subject) {
-    const double a = 1e15, b = 1e15 + 1;
-    const float fa = 16777213.0f, fb = 16777215.0f;
-    constexpr int32_t n = 1000;
-    Stream plain(subject.brng, full_seed(subject)), accurate = plain.copy();
-    auto expected = plain.doubles(n, a, b);
-    Guarded<double> d(n);
-    ASSERT_EQ(vdRngUniform(RAU_METHOD_ACCURATE, accurate, n, d.data(), a, b), 0);
-    for (double& x : expected) x = std::min(b, std::max(a, x));
-    EXPECT_TRUE(same(d.take(), expected));
-    auto singles = plain.floats(n, fa, fb);
-    Guarded<float> f(n);
-    ASSERT_EQ(vsRngUniform(RAU_METHOD_ACCURATE, accurate, n, f.data(), fa, fb), 0);
-    for (float& x : singles) x = std::min(fb, std::max(fa, x));
-    EXPECT_TRUE(same(f.take(), singles));
-    EXPECT_EQ(accurate.bytes(), plain.bytes());
+    const auto check = [&](auto a, auto b, uint32_t output) {
+      if (!subject.can(output)) return;
+      Stream plain(subject.brng, full_seed(subject)), accurate = plain.copy();
+      auto expected = plain.reals(1000, a, b);
+      const auto got = accurate.reals(1000, a, b, RAU_METHOD_ACCURATE);
+      EXPECT_EQ(accurate.bytes(), plain.bytes());
+      const bool number = a < b;
+      for (auto& x : expected) x = std::min(b, std::max(a, x));
+      EXPECT_TRUE(!number || same(got, expected));
+      for (const auto x : got) ASSERT_EQ(std::isnan(x), !number);
+    };
+    check(1e15, 1e15 + 1, statistics::kDoubles);
+    check(16777213.0f, 16777215.0f, statistics::kSingles);
+    for (const auto& [a, b] : {std::pair{kNan, 1.0}, {0.0, kNan}}) {
+      check(a, b, statistics::kDoubles);
+      check(static_cast<float>(a), static_cast<float>(b), statistics::kSingles);
+    }
   });
 }
 
 // ---- Integers ----
 
+// Numbers that leave the range come only from a caller's own generator. They become the least
+// integer, on every class and wherever in a request they stand.
 TEST(UniformIntegers, AreFloors) {
   const std::vector<double> reals = {-3,
                                      -2.5,
@@ -85,41 +95,40 @@ TEST(UniformIntegers, AreFloors) {
                                      0.0,
                                      1e-9,
                                      -1e-9,
-                                     0.999999999,
+                                     1 - 1e-9,
                                      1,
                                      2.5,
                                      -2147483648.0,
                                      -2147483647.5,
                                      2147483647.0,
-                                     2147483646.99999};
+                                     2147483647.5,
+                                     2147483646.99999,
+                                     -2147483648.5,
+                                     -2147483649.0,
+                                     2147483648.0,
+                                     -1e300,
+                                     1e300,
+                                     5e9,
+                                     -5e9,
+                                     1e-310,
+                                     -1e-310,
+                                     kInfinity,
+                                     -kInfinity,
+                                     kNan};
+  std::vector<int32_t> expected;
+  while (expected.size() < 2100) {
+    const double x = std::floor(reals[expected.size() % reals.size()]);
+    const bool in_range = x >= -2147483648.0 && x <= 2147483647.0;
+    expected.push_back(in_range ? static_cast<int32_t>(x) : INT32_MIN);
+  }
   for_each_class([&] {
-    script() = {};
-    script().reals = reals;
-    Stream stream(scripted_brng(), {1});
-    Guarded<int32_t> r(40);
-    ASSERT_EQ(viRngUniform(0, stream, 40, r.data(), -3, 3), 0);
-    std::vector<int32_t> expected;
-    for (size_t i = 0; i < 40; ++i) {
-      expected.push_back(static_cast<int32_t>(std::floor(reals[i % reals.size()])));
-    }
-    EXPECT_TRUE(same(r.take(), expected));
-  });
-}
-
-// Numbers that only a caller's own generator gives: whatever becomes of them doesn't depend on
-// where in a request they stand.
-TEST(UniformIntegers, OutOfRange) {
-  for_each_class([&] {
-    for (const double x :
-         {-2147483648.5, -1e300, 2147483648.0, 1e300, -std::numeric_limits<double>::infinity(),
-          std::numeric_limits<double>::quiet_NaN()}) {
-      script() = {};
-      script().reals = {x};
-      Stream stream(scripted_brng(), {1});
-      Guarded<int32_t> r(47);
-      ASSERT_EQ(viRngUniform(0, stream, 47, r.data(), -3, 3), 0);
-      const auto got = r.take();
-      EXPECT_TRUE(same(got, std::vector<int32_t>(47, got[0]))) << x;
+    for (const size_t length : {2100, 1, 2, 3, 7, 8, 9, 31, 1024, 1025}) {
+      Stream stream = scripted(reals);
+      std::vector<int32_t> got;
+      while (got.size() < expected.size()) {
+        append(got, stream.integers(std::min(length, expected.size() - got.size()), -3, 3));
+      }
+      EXPECT_TRUE(same(got, expected)) << length;
     }
   });
 }
@@ -128,6 +137,7 @@ TEST(UniformIntegers, OfEveryGenerator) {
   const std::pair<int32_t, int32_t> intervals[] = {{-3, 3},   {0, 1},       {5, 6},
                                                    {-10, -2}, {0, 1000000}, {INT32_MIN, INT32_MAX}};
   for_each_subject([&](const Subject& subject) {
+    if (!subject.can(statistics::kDoubles)) return;
     for (const auto& [a, b] : intervals) {
       for (const size_t n : {1, 1023, 1024, 1025, 3000}) {
         Stream stream(subject.brng, full_seed(subject)), reals = stream.copy();
@@ -135,18 +145,11 @@ TEST(UniformIntegers, OfEveryGenerator) {
         for (const double x : reals.doubles(n, a, b)) {
           expected.push_back(static_cast<int32_t>(std::floor(x)));
         }
-        Guarded<int32_t> r(n);
-        ASSERT_EQ(viRngUniform(0, stream, static_cast<int32_t>(n), r.data(), a, b), 0);
-        const auto got = r.take();
+        const auto got = stream.integers(n, a, b);
         EXPECT_TRUE(same(got, expected)) << a << " to " << b;
-        EXPECT_TRUE(same(stream.words(300), reals.words(300))) << n;
-        if (n == 3000 && a == -3) {
-          std::vector<int> seen(6);
-          for (const int32_t x : got) {
-            ASSERT_TRUE(x >= a && x < b) << x;
-            ++seen[static_cast<size_t>(x - a)];
-          }
-          for (const int count : seen) EXPECT_GT(count, 350);  // 500 expected
+        EXPECT_EQ(stream.bytes(), reals.bytes());
+        for (int32_t value = -3; n == 3000 && a == -3 && value < b; ++value) {
+          EXPECT_GT(std::count(got.begin(), got.end(), value), 350);  // 500 expected
         }
       }
     }
@@ -183,14 +186,15 @@ TEST(Failures, AreHandedOnUnreported) {
 }
 
 TEST(Failures, OfSeedingAndMoving) {
-  for (const int32_t status : {-77, int32_t{RAU_ERROR_MEM_FAILURE}, 0}) {
+  for (const int32_t status : {-77, int32_t{RAU_ERROR_MEM_FAILURE}, 0, -1000}) {
     script() = {};
     script().seeding = status;
     script().moving = -78;
     take_reports();
     StreamState* handle = nullptr;
     EXPECT_EQ(rauNewStream(&handle, scripted_brng(), 1), status);
-    EXPECT_TRUE(take_reports().empty());
+    EXPECT_EQ(take_reports(),
+              (std::vector<Report>(status == -1000 ? 1 : 0, Report{"rauNewStream", 2})));
     // The stream is there all the same.
     ASSERT_NE(handle, nullptr);
     Stream stream(handle);
@@ -200,61 +204,61 @@ TEST(Failures, OfSeedingAndMoving) {
     EXPECT_EQ(take_reports(),
               (std::vector<Report>{{"rauSkipAheadStream", 1}, {"rauLeapfrogStream", 1}}));
   }
-  script() = {};
-  script().seeding = RAU_ERROR_INVALID_BRNG_INDEX;
-  StreamState* handle = nullptr;
-  EXPECT_EQ(rauNewStream(&handle, scripted_brng(), 1), RAU_ERROR_INVALID_BRNG_INDEX);
-  EXPECT_EQ(take_reports(), (std::vector<Report>{{"rauNewStream", 2}}));
-  Stream cleanup(handle);
 }
 
 // ---- Bits ----
 
-TEST(UniformBits, OfMcg59AreItsUpperBits) {
+TEST(UniformBits, StandWhereTheTableSays) {
   for_each_subject([](const Subject& subject) {
-    if (subject.brng != RAU_BRNG_MCG59) return;
-    const Words seed = full_seed(subject);
-    const Words raw = Stream(subject.brng, seed).words(12000);
-    Words upper;
-    for (size_t i = 0; i < raw.size(); i += 2) upper.push_back(raw[i] >> 27 | raw[i + 1] << 5);
-    for (const size_t n : {1, 2, 7, 1023, 1024, 1025, 2047, 2048, 2049, 5000}) {
-      Stream by_words(subject.brng, seed), by_pairs(subject.brng, seed);
-      Guarded<uint32_t> words(n);
-      ASSERT_EQ(viRngUniformBits32(0, by_words, static_cast<int32_t>(n), words.data()), 0);
-      EXPECT_TRUE(same(words.take(), slice(upper, 0, n)));
-      EXPECT_TRUE(same(by_words.words(5), slice(raw, 2 * n, 10)));
-      Guarded<uint64_t> pairs(n);
-      ASSERT_EQ(viRngUniformBits64(0, by_pairs, static_cast<int32_t>(n), pairs.data()), 0);
-      std::vector<uint64_t> expected;
-      for (size_t i = 0; i < n; ++i) {
-        expected.push_back(upper[2 * i] | uint64_t{upper[2 * i + 1]} << 32);
+    Stream start(subject.brng, full_seed(subject));
+    const Words raw = start.copy().words(12000);
+    const size_t width = subject.output_words();
+    const UniformBits bits = subject.row().uniform_bits;
+    Words uniform = raw;
+    if (bits == UniformBits::kUpperWords) {
+      const int cut = subject.row().NBits - 32;
+      uniform.clear();
+      for (size_t i = 0; i < raw.size(); i += 2) {
+        uniform.push_back(raw[i] >> cut | raw[i + 1] << (32 - cut));
       }
+    }
+    for (const size_t n : {1, 2, 7, 1023, 1024, 1025, 2047, 2048, 2049, 5000}) {
+      Stream by_words = start.copy(), by_pairs = start.copy();
+      Guarded<uint32_t> words(n);
+      Guarded<uint64_t> pairs(n);
+      const int32_t status = bits == UniformBits::kNone ? RAU_ERROR_NO_NUMBER_BITS : 0;
+      const auto count = static_cast<int32_t>(n);
+      EXPECT_EQ(viRngUniformBits32(0, by_words, count, words.data()), status);
+      EXPECT_EQ(viRngUniformBits64(0, by_pairs, count, pairs.data()), status);
+      if (status != 0) {
+        words.expect_unwritten_from(0);
+        pairs.expect_unwritten_from(0);
+        EXPECT_EQ(by_words.bytes() + by_pairs.bytes(), start.bytes() + start.bytes());
+        continue;
+      }
+      std::vector<uint64_t> expected;
+      for (size_t i = 0; i < 2 * n; i += 2) {
+        expected.push_back(uniform[i] | uint64_t{uniform[i + 1]} << 32);
+      }
+      EXPECT_TRUE(same(words.take(), slice(uniform, 0, n)));
+      EXPECT_TRUE(same(by_words.words(5), slice(raw, width * n, width * 5)));
       EXPECT_TRUE(same(pairs.take(), expected));
-      EXPECT_TRUE(same(by_pairs.words(5), slice(raw, 4 * n, 10)));
+      EXPECT_TRUE(same(by_pairs.words(5), slice(raw, width * 2 * n, width * 5)));
     }
   });
-}
-
-TEST(UniformBits, AreRefusedByTheOthers) {
-  script() = {};
-  const auto refused = [](Stream& stream) {
-    Guarded<uint32_t> words(50);
-    Guarded<uint64_t> pairs(50);
-    const std::string before = stream.bytes();
-    EXPECT_EQ(viRngUniformBits32(0, stream, 50, words.data()), RAU_ERROR_NO_NUMBER_BITS);
-    EXPECT_EQ(viRngUniformBits64(0, stream, 50, pairs.data()), RAU_ERROR_NO_NUMBER_BITS);
-    words.expect_unwritten_from(0);
-    pairs.expect_unwritten_from(0);
-    EXPECT_EQ(stream.bytes(), before);
-  };
-  for_each_subject([&](const Subject& subject) {
-    if (subject.brng == RAU_BRNG_MCG59) return;
-    Stream stream(subject.brng, full_seed(subject));
-    refused(stream);
-  });
-  for_each_class([&] {
-    Stream registered(scripted_brng(), {1});
-    refused(registered);
+  // Which generators have them; none that a caller has registered.
+  Words with_bits;
+  for (const Subject& subject : subjects()) {
+    if (subject.rau_class == 0 && subject.row().uniform_bits != UniformBits::kNone) {
+      with_bits.push_back(static_cast<uint32_t>(subject.brng));
+    }
+  }
+  EXPECT_EQ(with_bits, Words{RAU_BRNG_MCG59});
+  for_each_class([] {
+    uint32_t u[2];
+    Stream stream = scripted({1});
+    EXPECT_EQ(viRngUniformBits32(0, stream, 2, u), RAU_ERROR_NO_NUMBER_BITS);
+    EXPECT_TRUE(script().requests.empty());
   });
 }
 

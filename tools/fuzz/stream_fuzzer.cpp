@@ -96,9 +96,14 @@ void register_own() {
       {100, 40, 1, 16, 32, init_own, reals_own, reals_own, integers_own<16>},
       {5000, 3, 1, 8, 32, init_own, reals_own, reals_own, integers_own<8>},
   };
-  for (size_t i = 0; rauRegisterBrng(&rows[i % 4]) > 0; ++i) {
-  }
-  require(rauGetNumRegBrngs() == statistics::kMaxBrngs, "a table of 512 rows");
+  int32_t last = 0, status;
+  for (size_t i = 0; (status = rauRegisterBrng(&rows[i % 4])) > 0; ++i) last = status;
+  require(status == RAU_ERROR_MEM_FAILURE && reports == 1, "a full table is refused");
+  require(rauGetNumRegBrngs() == 512 && last == 512 << 20, "a table of 512 rows");
+  StreamState* stream = nullptr;
+  require(rauNewStream(&stream, last, 2) == 0 && rauGetStreamStateBrng(stream) == last,
+          "the last row makes streams");
+  rauDeleteStream(&stream);
   reports = 0;
 }
 
