@@ -67,7 +67,8 @@ enum {
  *   InitStream(3, stream, count, words)   skips a number of `count` 64-bit words, low word first
  *   sBRng, dBRng(stream, n, r, a, b)      n uniform numbers in [a, b)
  *   iBRng(stream, n, r)                   n raw outputs of WordSize bytes
- * Each returns a status: 0, RAU_ERROR_..._UNSUPPORTED, or a negative code that the caller gets. */
+ * Each returns a status: 0, RAU_ERROR_..._UNSUPPORTED, or a negative code that the caller gets. A
+ * state may be a copy of another generator's bytes (rauCopyStreamState). */
 typedef struct {
   int32_t StreamStateSize; /* bytes */
   int32_t NSeeds;          /* 32-bit words of a full seed */
@@ -84,7 +85,10 @@ typedef struct {
 
 /* Makes a stream of generator `brng` from one seed word, or from n seed words (with n of 0 or less:
  * the generator's default seed). Any seed is accepted; each generator says how it maps bad ones.
- * RAU_ERROR_INVALID_BRNG_INDEX, RAU_ERROR_MEM_FAILURE: *stream stays as it was. */
+ * RAU_ERROR_INVALID_BRNG_INDEX, then for a null address RAU_ERROR_NULL_PTR (stream) and
+ * RAU_ERROR_BADARGS (params with n above 0), then RAU_ERROR_MEM_FAILURE: *stream stays as it was. Any
+ * other negative status is the generator's own refusal of the seed: the stream is there all the same,
+ * to be deleted. */
 int32_t rauNewStream(StreamState** stream, int32_t brng, uint32_t seed);
 int32_t raunewstream(StreamState** stream, const int32_t* brng, const uint32_t* seed);
 int32_t rauNewStreamEx(StreamState** stream, int32_t brng, int32_t n, const uint32_t* params);
@@ -99,8 +103,8 @@ int32_t raudeletestream(StreamState** stream);
 int32_t rauCopyStream(StreamState** newstream, const StreamState* source);
 int32_t raucopystream(StreamState** newstream, const StreamState* const* source);
 
-/* Gives `dest`, a stream of the same generator, the seed part of the state of `source`
- * (NSeeds * WordSize bytes of it) and what distributions have stored there. */
+/* Gives `dest` the seed part of the state of `source` (NSeeds * WordSize bytes, or what either state
+ * has) and what distributions have stored there. The generators are not compared. */
 int32_t rauCopyStreamState(StreamState* dest, const StreamState* source);
 int32_t raucopystreamstate(StreamState* const* dest, const StreamState* const* source);
 
@@ -137,7 +141,7 @@ int32_t raugetnumregbrngs(void);
 
 /* Uniform real numbers in [a, b), a < b: the generator's integer u becomes u * ((b - a) * c) + a,
  * c the inverse of its range, so for long intervals rounding can give b itself. With
- * RAU_METHOD_ACCURATE results are kept within [a, b]. */
+ * RAU_METHOD_ACCURATE results are kept within [a, b]. A NaN for a or b passes and gives NaN. */
 int32_t vdRngUniform(int32_t method, StreamState* stream, int32_t n, double* r, double a, double b);
 int32_t vdrnguniform(const int32_t* method, StreamState* const* stream, const int32_t* n, double* r,
                      const double* a, const double* b);
@@ -145,7 +149,8 @@ int32_t vsRngUniform(int32_t method, StreamState* stream, int32_t n, float* r, f
 int32_t vsrnguniform(const int32_t* method, StreamState* const* stream, const int32_t* n, float* r,
                      const float* a, const float* b);
 
-/* Uniform integers a ... b - 1, the floor of a uniform real number in [a, b). */
+/* Uniform integers a ... b - 1, the floor of a uniform real number in [a, b); INT32_MIN for a number of
+ * a registered generator that no int32_t can hold. */
 int32_t viRngUniform(int32_t method, StreamState* stream, int32_t n, int32_t* r, int32_t a,
                      int32_t b);
 int32_t virnguniform(const int32_t* method, StreamState* const* stream, const int32_t* n,

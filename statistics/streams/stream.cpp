@@ -11,37 +11,41 @@
 namespace orba::statistics {
 namespace {
 
-// Operations of InitStream.
-enum { kOperationSeed = 0, kOperationLeapfrog = 1, kOperationSkipAhead = 2 };
-
-// Generators that draw from a caller's buffer are made by entries of their own.
-constexpr bool is_abstract(int32_t brng) {
-  return brng == 0xA00000 || brng == 0xB00000 || brng == 0xC00000;
-}
-
-const BrngProperties* row_of(const StreamState& stream) noexcept {
+const Brng* row_of(const StreamState& stream) noexcept {
   return find_brng(running_class(), stream.brng);
 }
 
-StreamState* allocate_stream(const BrngProperties& row) noexcept {
-  const int64_t size = stream_block_size(row);
-  auto* block =
-      static_cast<StreamState*>(services::allocate(static_cast<uint64_t>(size), kStreamAlignment));
-  if (block != nullptr) memset(static_cast<void*>(block), 0, static_cast<size_t>(size));
+// Bytes of a stream's block. A registered generator may state less than the head takes.
+size_t block_size(const Brng& row) noexcept {
+  return std::max(static_cast<size_t>(row.StreamStateSize), sizeof(StreamState));
+}
+
+StreamState* allocate_stream(const Brng& row) noexcept {
+  const size_t size = block_size(row);
+  auto* block = static_cast<StreamState*>(services::allocate(size, kStreamAlignment));
+  if (block != nullptr) memset(static_cast<void*>(block), 0, size);
   return block;
+}
+
+// Row of a generator whose streams are made from seeds; null if there is none.
+const Brng* find_seeded(int32_t brng) noexcept {
+  const Brng* row = find_brng(running_class(), brng);
+  return row != nullptr && (row->abilities & kSeeded) != 0 ? row : nullptr;
 }
 
 }  // namespace
 
+bool can_be_made(int32_t brng) noexcept { return find_seeded(brng) != nullptr; }
+
 int32_t new_stream(StreamState** stream, int32_t brng, int32_t n, const uint32_t* params) noexcept {
-  const BrngProperties* row = is_abstract(brng) ? nullptr : find_brng(running_class(), brng);
-  if (row == nullptr || row->InitStream == nullptr) return RAU_ERROR_INVALID_BRNG_INDEX;
+  const Brng* row = find_seeded(brng);
+  if (row == nullptr) return RAU_ERROR_INVALID_BRNG_INDEX;
   StreamState* made = allocate_stream(*row);
   if (made == nullptr) return RAU_ERROR_MEM_FAILURE;
   made->brng = brng;
   made->marker = 1;
   *stream = made;
-  return row->InitStream(kOperationSeed, made, n, params);
+  return row->InitStream(kSeedStream, made, n, params);
 }
 
 int32_t delete_stream(StreamState** stream) noexcept {
@@ -52,11 +56,11 @@ int32_t delete_stream(StreamState** stream) noexcept {
 }
 
 int32_t copy_stream(StreamState** copy, const StreamState* source) noexcept {
-  const BrngProperties* row = row_of(*source);
+  const Brng* row = row_of(*source);
   if (row == nullptr) return RAU_ERROR_INVALID_BRNG_INDEX;
   StreamState* made = allocate_stream(*row);
   if (made == nullptr) return RAU_ERROR_MEM_FAILURE;
-  memcpy(static_cast<void*>(made), source, static_cast<size_t>(stream_block_size(*row)));
+  memcpy(static_cast<void*>(made), source, block_size(*row));
   made->extensions = nullptr;
   const int32_t status = copy_extensions(*made, *source);
   if (status != RAU_STATUS_OK) {
@@ -69,25 +73,24 @@ int32_t copy_stream(StreamState** copy, const StreamState* source) noexcept {
 
 int32_t copy_stream_state(StreamState* dest, const StreamState* source) noexcept {
   if (dest == source) return RAU_STATUS_OK;
-  const BrngProperties* from = row_of(*source);
-  const BrngProperties* to = row_of(*dest);
+  const Brng *from = row_of(*source), *to = row_of(*dest);
   if (from == nullptr || to == nullptr) return RAU_ERROR_INVALID_BRNG_INDEX;
-  // Streams of two generators are not refused, but a copy never leaves the smaller block.
-  constexpr int64_t kHead = sizeof(StreamState);
-  const int64_t size =
-      std::min(int64_t{from->NSeeds} * from->WordSize, stream_block_size(*to) - kHead);
-  memcpy(static_cast<void*>(dest + 1), source + 1, static_cast<size_t>(size));
+  // What a row calls a seed can be more than the state; and streams of two generators are not
+  // refused.
+  const size_t seed = static_cast<size_t>(from->NSeeds) * static_cast<size_t>(from->WordSize);
+  const size_t room = std::min(block_size(*from), block_size(*to)) - sizeof(StreamState);
+  memcpy(static_cast<void*>(dest + 1), source + 1, std::min(seed, room));
   remove_all_extensions(*dest);
   return copy_extensions(*dest, *source);
 }
 
 int32_t leapfrog_stream(StreamState* stream, int32_t k, int32_t nstreams) noexcept {
   if (nstreams < 0) return RAU_ERROR_LEAPFROG_NSTREAMS_TOO_BIG;
-  return row_of(*stream)->InitStream(kOperationLeapfrog, stream, nstreams, &k);
+  return row_of(*stream)->InitStream(kLeapfrogStream, stream, nstreams, &k);
 }
 
 int32_t skip_ahead_stream(StreamState* stream, int64_t nskip) noexcept {
-  return row_of(*stream)->InitStream(kOperationSkipAhead, stream, 2, &nskip);
+  return row_of(*stream)->InitStream(kSkipStream, stream, 2, &nskip);
 }
 
 int32_t stream_size(const StreamState* stream) noexcept {
@@ -113,8 +116,8 @@ int32_t register_checked_brng(const BrngProperties* properties) noexcept {
 }
 
 int32_t brng_properties(int32_t brng, BrngProperties* properties) noexcept {
-  const BrngProperties* row = find_brng(running_class(), brng);
-  if (row == nullptr || row->InitStream == nullptr) return RAU_ERROR_INVALID_BRNG_INDEX;
+  const Brng* row = find_brng(running_class(), brng);
+  if (row == nullptr) return RAU_ERROR_INVALID_BRNG_INDEX;
   if (properties == nullptr) return RAU_ERROR_NULL_PTR;
   *properties = *row;
   return RAU_STATUS_OK;

@@ -7,6 +7,9 @@
 
 namespace orba::statistics {
 
+// Whether new_stream knows the generator and makes its streams.
+bool can_be_made(int32_t brng) noexcept;
+
 int32_t new_stream(StreamState** stream, int32_t brng, int32_t n, const uint32_t* params) noexcept;
 int32_t delete_stream(StreamState** stream) noexcept;
 int32_t copy_stream(StreamState** copy, const StreamState* source) noexcept;

@@ -12,6 +12,14 @@ int32_t report_if_unknown_brng(const char* name, int32_t status) {
   return status == RAU_ERROR_INVALID_BRNG_INDEX ? refuse(name, 2, status) : status;
 }
 
+// Guards of ours, which give way to every stated check: null addresses.
+int32_t guard_new_stream(const char* name, const void* stream, int32_t brng, int32_t n,
+                         const void* params) {
+  if (!can_be_made(brng)) return RAU_STATUS_OK;
+  if (stream == nullptr) return refuse(name, 1, RAU_ERROR_NULL_PTR);
+  return n > 0 && params == nullptr ? refuse(name, 4, RAU_ERROR_BADARGS) : RAU_STATUS_OK;
+}
+
 int32_t report_if_negative(const char* name, int32_t status) {
   return status < 0 ? refuse(name, 1, status) : status;
 }
@@ -21,8 +29,8 @@ int32_t report_if_negative(const char* name, int32_t status) {
 ORBA_ENTRY(rauNewStream, raunewstream, P(StreamState**, stream), V(int32_t, brng),
            V(uint32_t, seed)) {
   constexpr const char* kName = "rauNewStream";
-  if (stream == nullptr) return refuse(kName, 1, RAU_ERROR_NULL_PTR);
   if (brng < 0) return refuse(kName, 2, RAU_ERROR_INVALID_BRNG_INDEX);
+  if (const int32_t bad = guard_new_stream(kName, stream, brng, 1, &seed)) return bad;
   const auto make = [&] { return new_stream(stream, brng, 1, &seed); };
   return report_if_unknown_brng(
       kName, traced(make, "%s(%p,%d,%d)", kName, static_cast<void*>(stream), brng, seed));
@@ -31,9 +39,8 @@ ORBA_ENTRY(rauNewStream, raunewstream, P(StreamState**, stream), V(int32_t, brng
 ORBA_ENTRY(rauNewStreamEx, raunewstreamex, P(StreamState**, stream), V(int32_t, brng),
            V(int32_t, n), P(const uint32_t*, params)) {
   constexpr const char* kReportedName = "rauNewStream";
-  if (stream == nullptr) return refuse(kReportedName, 1, RAU_ERROR_NULL_PTR);
   if (brng < 0) return refuse(kReportedName, 2, RAU_ERROR_INVALID_BRNG_INDEX);
-  if (n > 0 && params == nullptr) return refuse(kReportedName, 4, RAU_ERROR_BADARGS);
+  if (const int32_t bad = guard_new_stream(kReportedName, stream, brng, n, params)) return bad;
   const auto make = [&] { return new_stream(stream, brng, n, params); };
   return report_if_unknown_brng(
       kReportedName, traced(make, "%s(%p,%d,%d,%p)", "rauNewStreamEx", static_cast<void*>(stream),
@@ -51,8 +58,8 @@ ORBA_ENTRY(rauDeleteStream, raudeletestream, P(StreamState**, stream)) {
 ORBA_ENTRY(rauCopyStream, raucopystream, P(StreamState**, newstream),
            H(const StreamState*, source)) {
   constexpr const char* kName = "rauCopyStream";
-  if (newstream == nullptr) return refuse(kName, 1, RAU_ERROR_NULL_PTR);
   if (const int32_t bad = check_stream(source)) return refuse(kName, 2, bad);
+  if (newstream == nullptr) return refuse(kName, 1, RAU_ERROR_NULL_PTR);
   const auto copy = [&] { return copy_stream(newstream, source); };
   return report_if_unknown_brng(kName,
                                 traced(copy, "%s(%p,%p)", kName, static_cast<void*>(newstream),

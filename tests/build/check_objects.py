@@ -93,15 +93,22 @@ MEMORY_FUNCTIONS = {"memcpy", "memmove", "memset", "memcmp"}
 TOOL_CHAIN = {"__stack_chk_fail", "_GLOBAL_OFFSET_TABLE_"}
 
 
-# Headers whose functions and data kernels may refer to.
-OPEN_TO_KERNELS = ["vector/words/element_error.h", "vector/tables/tables.h"]
-DECLARED = re.compile(r"^(?:alignas\(\d+\) extern const )?\w+ (\w+)[(\[]", re.M)
+def kernel_hooks():
+    """What the headers kernel_hooks.h declare, one on each floor that has something to offer, and the
+    shared tables."""
+    names = set()
+    headers = [header for floor in ("services", "vector", "statistics", "dense")
+               for header in (ROOT / floor).rglob("kernel_hooks.h")]
+    for header in headers + [ROOT / "vector/tables/tables.h"]:
+        text = header.read_text()
+        namespace = re.search(r"^namespace (\S+) {", text, re.M)[1]
+        declared = re.findall(r"^[\w:<>*&() ]+?[ *&](\w+)(?:\(|\[| __attribute__)", text, re.M)
+        names |= {f"{namespace}::{name}" for name in declared}
+    return names
 
 
 def check_undefined(groups):
-    hooks = {f"orba::vector::{name}" for header in OPEN_TO_KERNELS
-             for name in DECLARED.findall((ROOT / header).read_text())}
-    hooks |= {"orba::statistics::brng_of", "orba::statistics::floors_of"}
+    hooks = kernel_hooks()
     for group, items in groups.items():
         if group == "base":
             continue

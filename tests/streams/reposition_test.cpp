@@ -9,9 +9,16 @@
 namespace orba::test {
 namespace {
 
-bool can_skip(const Subject& subject) { return subject.brng != RAU_BRNG_R250; }
-bool can_leapfrog(const Subject& subject) {
-  return can_skip(subject) && subject.brng != RAU_BRNG_MRG32K3A;
+using statistics::kLeapfrog, statistics::kSkipAhead, statistics::kSkipAheadWords;
+
+// Runs a test for every subject with the ability, some way into its sequence.
+void for_each_able(uint32_t ability, auto test) {
+  for_each_subject([&](const Subject& subject) {
+    if (!subject.can(ability)) return;
+    Stream stream(subject.brng, full_seed(subject));
+    stream.words(11);
+    test(subject, stream);
+  });
 }
 
 // The next outputs; the stream itself stays.
@@ -22,14 +29,17 @@ Stream skipped(const Stream& stream, uint64_t n) {
   EXPECT_EQ(rauSkipAheadStream(moved, static_cast<int64_t>(n)), 0);
   return moved;
 }
+Stream divided(const Stream& stream, int32_t k, int32_t nstreams) {
+  Stream part = stream.copy();
+  EXPECT_EQ(rauLeapfrogStream(part, k, nstreams), 0);
+  return part;
+}
 
 TEST(SkipAhead, EqualsStepping) {
   const size_t starts[] = {0, 1, 5, 15, 16, 17, 249, 250, 251, 623, 624, 625};
   const size_t counts[] = {0, 1, 2, 3, 249, 250, 251, 1000, 1000000};
-  for_each_subject([&](const Subject& subject) {
-    if (!can_skip(subject)) return;
+  for_each_able(kSkipAhead, [&](const Subject& subject, Stream& stream) {
     const size_t width = subject.output_words();
-    Stream stream(subject.brng, full_seed(subject));
     const Words all = peek(stream, 625 + 1000000 + 8);
     for (size_t position = 0; const size_t start : starts) {
       stream.words(start - position);
@@ -43,28 +53,14 @@ TEST(SkipAhead, EqualsStepping) {
   });
 }
 
-// Every bit of the count: 2^i steps are twice 2^(i - 1), and one step is a step.
-TEST(SkipAhead, PowersOfTwo) {
-  for_each_subject([&](const Subject& subject) {
-    if (!can_skip(subject)) return;
-    Stream stream(subject.brng, full_seed(subject));
-    for (int i = 1; i < 64; ++i) {
-      const uint64_t half = uint64_t{1} << (i - 1);
-      EXPECT_TRUE(same(peek(skipped(stream, 2 * half)), peek(skipped(skipped(stream, half), half))))
-          << "2^" << i;
-    }
-  });
-}
-
-TEST(SkipAhead, CountsAddUpTo64Bits) {
+// Of any 64 bits, every power of two among them.
+TEST(SkipAhead, CountsAddUp) {
   std::mt19937_64 random(3);
-  for_each_subject([&](const Subject& subject) {
-    if (!can_skip(subject)) return;
-    Stream stream(subject.brng, full_seed(subject));
-    stream.words(11);
-    for (int i = 0; i < 200; ++i) {
-      const uint64_t sum = i == 0 ? ~uint64_t{0} : random() >> (i % 40);
-      const uint64_t first = random() % sum;
+  for_each_able(kSkipAhead, [&](const Subject&, Stream& stream) {
+    for (int i = 1; i < 250; ++i) {
+      uint64_t sum = i < 64 ? uint64_t{1} << i : random() >> (i % 40), first = sum / 2;
+      if (i >= 64) first = random() % sum;
+      if (i == 64) sum = ~uint64_t{0};
       EXPECT_TRUE(
           same(peek(skipped(skipped(stream, first), sum - first)), peek(skipped(stream, sum))))
           << first << " of " << sum;
@@ -72,167 +68,108 @@ TEST(SkipAhead, CountsAddUpTo64Bits) {
   });
 }
 
-TEST(SkipAhead, Periods) {
-  struct Case {
-    int32_t brng;
-    uint64_t period;
-  };
-  for (const Case& c :
-       {Case{RAU_BRNG_MCG31M1, 0x7ffffffe}, Case{RAU_BRNG_MCG59, uint64_t{1} << 57}}) {
-    Stream stream(c.brng, {12345});
-    EXPECT_TRUE(same(peek(skipped(stream, c.period)), peek(stream)));
-    EXPECT_FALSE(same(peek(skipped(stream, c.period / 2)), peek(stream)));
-  }
-}
-
-// ---- A count of many words ----
-
-Words skip_words(const Subject& subject, const Stream& stream, std::vector<uint64_t> steps) {
-  Stream moved = stream.copy();
-  EXPECT_EQ(subject.row().InitStream(3, moved, static_cast<int32_t>(steps.size()), steps.data()),
-            0);
-  return moved.words(8);
-}
-
-TEST(MultiWordSkip, PowersOfTwo) {
-  constexpr size_t kWords = 5;
-  for_each_subject([&](const Subject& subject) {
-    if (subject.brng != RAU_BRNG_MRG32K3A) return;
-    Stream stream(subject.brng, full_seed(subject));
-    for (size_t bit = 1; bit < 64 * kWords; ++bit) {
-      std::vector<uint64_t> once(kWords), half(kWords);
-      once[bit / 64] = uint64_t{1} << bit % 64;
-      half[(bit - 1) / 64] = uint64_t{1} << (bit - 1) % 64;
-      Stream twice = stream.copy();
-      for (int i = 0; i < 2; ++i) {
-        ASSERT_EQ(subject.row().InitStream(3, twice, kWords, half.data()), 0);
-      }
-      ASSERT_TRUE(same(skip_words(subject, stream, once), twice.words(8))) << "2^" << bit;
+// A count of many words: powers of two are twice their halves, any lower words agree with the skip
+// of 64 bits, and those from the fourth on, which take another road, with the lower ones.
+TEST(SkipAhead, ByManyWords) {
+  std::mt19937_64 random(9);
+  for_each_able(kSkipAheadWords, [&](const Subject& subject, Stream& stream) {
+    const auto moved = [&](const Stream& from, const std::vector<uint64_t>& steps) {
+      Stream to = from.copy();
+      EXPECT_EQ(subject.move_by_words(to, steps), 0);
+      return to;
+    };
+    const auto power = [](size_t bit) {
+      std::vector<uint64_t> steps(5);
+      steps[bit / 64] = uint64_t{1} << bit % 64;
+      return steps;
+    };
+    for (size_t bit = 1; bit < 320; ++bit) {
+      ASSERT_TRUE(same(peek(moved(stream, power(bit))),
+                       peek(moved(moved(stream, power(bit - 1)), power(bit - 1)))))
+          << "2^" << bit;
     }
-    EXPECT_TRUE(same(skip_words(subject, stream, {1}), peek(skipped(stream, 1))));
-  });
-}
-
-TEST(MultiWordSkip, AgreesWithTheOneOf64Bits) {
-  for_each_subject([&](const Subject& subject) {
-    if (subject.brng != RAU_BRNG_MRG32K3A) return;
-    Stream stream(subject.brng, full_seed(subject));
-    std::mt19937_64 random(9);
     for (int i = 0; i < 50; ++i) {
-      const uint64_t low = random(), high = random() % 4;
-      Stream by_64_bits = skipped(stream, low);
-      for (uint64_t j = 0; j < high; ++j) {
-        by_64_bits = skipped(skipped(by_64_bits, ~uint64_t{0}), 1);
-      }
-      const Words expected = peek(by_64_bits);
-      EXPECT_TRUE(same(skip_words(subject, stream, {low, high}), expected));
-      EXPECT_TRUE(same(skip_words(subject, stream, {low, high, 0, 0, 0, 0}), expected));
-      // Words from the fourth on take another road: together with the lower ones, and apart.
-      std::vector<uint64_t> steps = {low, high, random(), random(), random()};
-      Stream lower_first = stream.copy();
-      ASSERT_EQ(subject.row().InitStream(3, lower_first, 3, steps.data()), 0);
-      std::vector<uint64_t> upper = steps;
-      upper[0] = upper[1] = upper[2] = 0;
-      EXPECT_TRUE(
-          same(skip_words(subject, stream, steps), skip_words(subject, lower_first, upper)));
+      const uint64_t low = random();
+      const Words over = peek(skipped(skipped(skipped(stream, low), ~uint64_t{0}), 1));
+      EXPECT_TRUE(same(peek(moved(stream, {low})), peek(skipped(stream, low))));
+      EXPECT_TRUE(same(peek(moved(stream, {low, 1})), over));
+      EXPECT_TRUE(same(peek(moved(stream, {low, 1, 0, 0, 0, 0})), over));
+      const uint64_t a = random(), b = random(), c = random();
+      EXPECT_TRUE(same(peek(moved(stream, {low, 1, a, b, c})),
+                       peek(moved(moved(stream, {low, 1, a}), {0, 0, 0, b, c}))));
     }
-    EXPECT_TRUE(same(skip_words(subject, stream, {0, 0, 0, 0}), peek(stream)));
+    EXPECT_TRUE(same(peek(moved(stream, {0, 0, 0, 0})), peek(stream)));
   });
 }
-
-// ---- Leapfrog ----
 
 TEST(Leapfrog, StreamsInterleaveToTheUndividedSequence) {
   constexpr size_t kEach = 300;
-  for_each_subject([&](const Subject& subject) {
-    if (!can_leapfrog(subject)) return;
+  for_each_able(kLeapfrog, [&](const Subject& subject, Stream& stream) {
     const size_t width = subject.output_words();
-    Stream stream(subject.brng, full_seed(subject));
-    stream.words(2);
     for (const int32_t nstreams : {1, 2, 3, 7, 16, 64}) {
-      Words merged(nstreams * kEach * width);
-      for (int32_t k = 0; k < nstreams; ++k) {
-        Stream part = stream.copy();
-        ASSERT_EQ(rauLeapfrogStream(part, k, nstreams), 0);
-        const Words words = part.words(kEach);
+      const auto distance = static_cast<size_t>(nstreams);
+      Words merged(distance * kEach * width);
+      for (size_t k = 0; k < distance; ++k) {
+        const Words words = divided(stream, static_cast<int32_t>(k), nstreams).words(kEach);
         for (size_t i = 0; i < words.size(); ++i) {
-          merged[(i / width * nstreams + k) * width + i % width] = words[i];
+          merged[(i / width * distance + k) * width + i % width] = words[i];
         }
       }
-      EXPECT_TRUE(same(merged, peek(stream, nstreams * kEach))) << nstreams << " streams";
+      EXPECT_TRUE(same(merged, peek(stream, distance * kEach))) << nstreams << " streams";
     }
   });
 }
 
-// A divided stream moves, divides and scales within its own sequence.
+// A divided stream moves, divides and scales within its own sequence, however far apart its outputs
+// are; with no step at all it gives one output for ever.
 TEST(Leapfrog, ADividedStreamIsAStream) {
-  for_each_subject([&](const Subject& subject) {
-    if (!can_leapfrog(subject)) return;
+  constexpr int32_t kLargest = 0x7fffffff;
+  for_each_able(kLeapfrog, [&](const Subject& subject, Stream& stream) {
     const size_t width = subject.output_words();
-    Stream stream(subject.brng, full_seed(subject));
-    ASSERT_EQ(rauLeapfrogStream(stream, 3, 5), 0);
-    const Words all = peek(stream, 2000);
+    const Stream part = divided(stream, 3, 5), far = divided(stream, kLargest - 1, kLargest);
+    const Words all = peek(part, 2000), nested = divided(part, 2, 7).words(250);
     for (const size_t count : {0, 1, 2, 250, 1500}) {
-      EXPECT_TRUE(same(peek(skipped(stream, count)), slice(all, count * width, 8 * width)));
+      EXPECT_TRUE(same(peek(skipped(part, count)), slice(all, count * width, 8 * width)));
     }
-    Stream nested = stream.copy();
-    ASSERT_EQ(rauLeapfrogStream(nested, 2, 7), 0);
-    const Words part = nested.words(250);
     for (size_t i = 0; i < 250; ++i) {
-      ASSERT_TRUE(same(slice(part, i * width, width), slice(all, (7 * i + 2) * width, width))) << i;
+      ASSERT_TRUE(same(slice(nested, i * width, width), slice(all, (7 * i + 2) * width, width)));
     }
-    const auto whole = stream.copy().doubles(400);
-    Stream pieces = stream.copy();
+    const auto whole = part.copy().doubles(400);
+    Stream pieces = part.copy();
     auto joined = pieces.doubles(133);
     append(joined, pieces.doubles(267));
     EXPECT_TRUE(same(joined, whole));
-  });
-}
-
-TEST(Leapfrog, FarApart) {
-  for_each_subject([&](const Subject& subject) {
-    if (!can_leapfrog(subject)) return;
-    const size_t width = subject.output_words();
-    Stream stream(subject.brng, full_seed(subject));
-    constexpr int32_t kLargest = 0x7fffffff;
-    Stream part = stream.copy();
-    ASSERT_EQ(rauLeapfrogStream(part, kLargest - 1, kLargest), 0);
-    const Words outputs = part.words(40);
+    const Words outputs = peek(far, 40), still = divided(stream, 0, 0).words(100);
     for (uint64_t i = 0; i < 40; ++i) {
       const Words one = skipped(stream, i * kLargest + kLargest - 1).words(1);
       ASSERT_TRUE(same(slice(outputs, i * width, width), one)) << i;
     }
-    // No step at all: one output forever.
-    ASSERT_EQ(rauLeapfrogStream(stream, 0, 0), 0);
-    const Words first = peek(stream, 1);
-    for (size_t i = 0; i < 100; ++i) ASSERT_TRUE(same(stream.words(1), first));
+    for (size_t i = 0; i < 100; ++i) {
+      ASSERT_TRUE(same(slice(still, i * width, width), peek(stream, 1)));
+    }
   });
 }
 
-// ---- Refusals ----
-
+// What the table doesn't name as a generator's ability is refused, and changes nothing.
 TEST(Reposition, ARefusalLeavesTheStreamAsItWas) {
   for_each_subject([&](const Subject& subject) {
     Stream stream(subject.brng, full_seed(subject));
     stream.words(77);
     const std::string before = stream.bytes();
     const uint64_t steps = 5;
-    const int32_t k = 1;
-    EXPECT_EQ(rauLeapfrogStream(stream, 1, -1), RAU_ERROR_LEAPFROG_NSTREAMS_TOO_BIG);
-    EXPECT_EQ(rauLeapfrogStream(stream, 1, INT32_MIN), RAU_ERROR_LEAPFROG_NSTREAMS_TOO_BIG);
-    if (!can_leapfrog(subject)) {
-      EXPECT_EQ(rauLeapfrogStream(stream, 0, 2), RAU_ERROR_LEAPFROG_UNSUPPORTED);
-      EXPECT_EQ(subject.row().InitStream(1, stream, 2, &k), RAU_ERROR_LEAPFROG_UNSUPPORTED);
-    }
-    if (!can_skip(subject)) {
-      EXPECT_EQ(rauSkipAheadStream(stream, 1), RAU_ERROR_SKIPAHEAD_UNSUPPORTED);
-      EXPECT_EQ(rauSkipAheadStream(stream, 0), RAU_ERROR_SKIPAHEAD_UNSUPPORTED);
-    }
-    if (subject.brng != RAU_BRNG_MRG32K3A) {
-      EXPECT_EQ(subject.row().InitStream(3, stream, 1, &steps), RAU_ERROR_SKIPAHEADEX_UNSUPPORTED);
+    const auto init = [&](int32_t operation) {
+      return subject.row().InitStream(operation, stream, 2, &steps);
+    };
+    const std::tuple<uint32_t, int32_t, int32_t> moves[] = {
+        {kLeapfrog, 1, RAU_ERROR_LEAPFROG_UNSUPPORTED},
+        {kSkipAhead, 2, RAU_ERROR_SKIPAHEAD_UNSUPPORTED},
+        {kSkipAheadWords, 3, RAU_ERROR_SKIPAHEADEX_UNSUPPORTED}};
+    for (const auto& [ability, operation, status] : moves) {
+      if (subject.can(ability)) continue;
+      EXPECT_EQ(init(operation), status);
     }
     for (const int32_t operation : {4, 5, INT32_MAX, -1, INT32_MIN}) {
-      EXPECT_EQ(subject.row().InitStream(operation, stream, 1, &steps), RAU_ERROR_BAD_OPERATION);
+      EXPECT_EQ(init(operation), RAU_ERROR_BAD_OPERATION);
     }
     EXPECT_EQ(stream.bytes(), before);
   });

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <ostream>
 #include <string>
@@ -26,9 +27,13 @@ struct Subject {
   int32_t brng;
   int rau_class;
 
-  const BrngProperties& row() const { return *statistics::find_brng(rau_class, brng); }
+  const statistics::Brng& row() const { return *statistics::find_brng(rau_class, brng); }
+  bool can(uint32_t ability) const { return (row().abilities & ability) != 0; }
   size_t output_words() const { return static_cast<size_t>(row().WordSize) / sizeof(uint32_t); }
   bool fused() const { return rau_class >= 3; }
+  int32_t move_by_words(StreamState* stream, const std::vector<uint64_t>& steps) const {
+    return row().InitStream(3, stream, static_cast<int32_t>(steps.size()), steps.data());
+  }
 };
 
 inline std::ostream& operator<<(std::ostream& stream, const Subject& subject) {
@@ -39,8 +44,8 @@ inline std::ostream& operator<<(std::ostream& stream, const Subject& subject) {
 inline std::vector<Subject> subjects() {
   std::vector<Subject> list;
   for (int c = 0; c <= highest_rau_class(); ++c) {
-#define ORBA_BRNG(row, Name, size, seeds, zero, word, bits, subs) \
-  list.push_back({#Name, (row + 1) << 20, c});                    \
+#define ORBA_BRNG(row, Name, size, seeds, zero, word, bits, subs, abilities, uniform, blocks) \
+  list.push_back({#Name, (row + 1) << 20, c});                                                \
   if (subs > 1) list.push_back({#Name " last", ((row + 1) << 20) + subs - 1, c});
 #include "statistics/streams/generators/brngs.def"
 #undef ORBA_BRNG
@@ -63,24 +68,14 @@ void for_each_subject(Test test) {
 template <class T>
 class Guarded {
  public:
-  explicit Guarded(size_t n) : n_(n), first_(kGuard + next_shift()), all_(first_ + n + kGuard) {
+  explicit Guarded(size_t n) : n_(n), first_(kGuard + shift_++ % 16), all_(first_ + n + kGuard) {
     std::memset(all_.data(), kPattern, all_.size() * sizeof(T));
   }
   T* data() { return all_.data() + first_; }
   std::vector<T> take() {
     expect_untouched(0, first_);
-    expect_untouched(first_ + n_, all_.size());
+    expect_unwritten_from(n_);
     return {data(), data() + n_};
-  }
-  void expect_untouched(size_t from, size_t to) const {
-    const auto* bytes = reinterpret_cast<const unsigned char*>(all_.data());
-    for (size_t i = from * sizeof(T); i < to * sizeof(T); ++i) {
-      if (bytes[i] != kPattern) {
-        ADD_FAILURE() << "byte " << static_cast<int64_t>(i - first_ * sizeof(T))
-                      << " of a result of " << n_ << " elements was written";
-        return;
-      }
-    }
   }
   // That elements from this one on are as they were.
   void expect_unwritten_from(size_t element) const {
@@ -90,10 +85,13 @@ class Guarded {
  private:
   static constexpr size_t kGuard = 32;
   static constexpr int kPattern = 0xa5;
-  static size_t next_shift() {
-    static size_t shift = 0;
-    return shift++ % 16;
+  void expect_untouched(size_t from, size_t to) const {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(all_.data());
+    EXPECT_TRUE(std::all_of(bytes + from * sizeof(T), bytes + to * sizeof(T),
+                            [](unsigned char byte) { return byte == kPattern; }))
+        << "elements beside " << n_ << " were written";
   }
+  static inline size_t shift_ = 0;
   size_t n_, first_;
   std::vector<T> all_;
 };
@@ -101,17 +99,13 @@ class Guarded {
 // Equality of every bit.
 template <class T>
 testing::AssertionResult same(const std::vector<T>& got, const std::vector<T>& expected) {
-  if (got.size() != expected.size()) {
-    return testing::AssertionFailure() << got.size() << " elements, expected " << expected.size();
-  }
-  for (size_t i = 0; i < got.size(); ++i) {
-    if (std::memcmp(&got[i], &expected[i], sizeof(T)) != 0) {
-      return testing::AssertionFailure()
-             << "element " << i << " of " << got.size() << " is " << testing::PrintToString(got[i])
-             << ", expected " << testing::PrintToString(expected[i]);
-    }
-  }
-  return testing::AssertionSuccess();
+  size_t i = 0;
+  const size_t n = std::min(got.size(), expected.size());
+  while (i < n && std::memcmp(&got[i], &expected[i], sizeof(T)) == 0) ++i;
+  if (i == std::max(got.size(), expected.size())) return testing::AssertionSuccess();
+  auto failure = testing::AssertionFailure() << "element " << i << " of " << got.size();
+  if (i < n) failure << " is " << got[i] << ", expected " << expected[i];
+  return failure << " for " << expected.size();
 }
 
 template <class T>
@@ -133,10 +127,6 @@ class Stream {
   }
   explicit Stream(StreamState* handle) : handle_(handle) {}
   Stream(Stream&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
-  Stream& operator=(Stream&& other) noexcept {
-    std::swap(handle_, other.handle_);
-    return *this;
-  }
   ~Stream() {
     if (handle_ != nullptr) rauDeleteStream(&handle_);
   }
@@ -149,21 +139,22 @@ class Stream {
     return Stream(made);
   }
 
-  // The next n raw outputs, doubles or floats.
-  Words words(size_t n) {
-    Guarded<uint32_t> r(n * output_words());
-    EXPECT_EQ(viRngUniformBits(0, handle_, static_cast<int32_t>(n), r.data()), 0);
-    return r.take();
+  // The next n raw outputs, or numbers.
+  Words words(size_t n) { return draw<uint32_t>(viRngUniformBits, 0, n * output_words(), n); }
+  std::vector<double> doubles(size_t n, double a = 0, double b = 1, int32_t method = 0) {
+    return draw<double>(vdRngUniform, method, n, n, a, b);
   }
-  std::vector<double> doubles(size_t n, double a = 0, double b = 1) {
-    Guarded<double> r(n);
-    EXPECT_EQ(vdRngUniform(0, handle_, static_cast<int32_t>(n), r.data(), a, b), 0);
-    return r.take();
+  std::vector<float> floats(size_t n, float a = 0, float b = 1, int32_t method = 0) {
+    return draw<float>(vsRngUniform, method, n, n, a, b);
   }
-  std::vector<float> floats(size_t n, float a = 0, float b = 1) {
-    Guarded<float> r(n);
-    EXPECT_EQ(vsRngUniform(0, handle_, static_cast<int32_t>(n), r.data(), a, b), 0);
-    return r.take();
+  std::vector<int32_t> integers(size_t n, int32_t a, int32_t b) {
+    return draw<int32_t>(viRngUniform, 0, n, n, a, b);
+  }
+  std::vector<double> reals(size_t n, double a, double b, int32_t method = 0) {
+    return doubles(n, a, b, method);
+  }
+  std::vector<float> reals(size_t n, float a, float b, int32_t method = 0) {
+    return floats(n, a, b, method);
   }
 
   template <class T = uint32_t>
@@ -171,6 +162,11 @@ class Stream {
     T value;
     std::memcpy(&value, reinterpret_cast<const char*>(handle_) + offset, sizeof value);
     return value;
+  }
+  Words state_words(size_t first, size_t count) const {
+    Words words;
+    for (size_t i = 0; i < count; ++i) words.push_back(at(16 + 4 * (first + i)));
+    return words;
   }
   // Header and state.
   std::string bytes() const {
@@ -182,6 +178,14 @@ class Stream {
   size_t output_words() const { return static_cast<size_t>(row().WordSize) / sizeof(uint32_t); }
 
  private:
+  // The elements that a call for n of them succeeds to write, and no others.
+  template <class T, class Function, class... P>
+  std::vector<T> draw(Function function, int32_t method, size_t elements, size_t n, P... p) {
+    Guarded<T> r(elements);
+    EXPECT_EQ(function(method, handle_, static_cast<int32_t>(n), r.data(), p...), 0);
+    return r.take();
+  }
+
   StreamState* handle_ = nullptr;
 };
 
@@ -198,7 +202,7 @@ inline Words reference_words(const Subject& subject, const Words& seed, size_t n
   const auto reference = make_reference(subject.brng, seed);
   Words words;
   for (size_t i = 0; i < n; ++i) {
-    const Output u = reference->next();
+    const Output u = reference.next();
     words.insert(words.end(), u.begin(), u.begin() + subject.output_words());
   }
   return words;

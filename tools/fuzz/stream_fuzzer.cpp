@@ -12,6 +12,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
 #include <limits>
 #include <random>
 #include <string>
@@ -95,9 +96,14 @@ void register_own() {
       {100, 40, 1, 16, 32, init_own, reals_own, reals_own, integers_own<16>},
       {5000, 3, 1, 8, 32, init_own, reals_own, reals_own, integers_own<8>},
   };
-  for (size_t i = 0; rauRegisterBrng(&rows[i % 4]) > 0; ++i) {
-  }
-  require(rauGetNumRegBrngs() == statistics::kMaxBrngs, "a table of 512 rows");
+  int32_t last = 0, status;
+  for (size_t i = 0; (status = rauRegisterBrng(&rows[i % 4])) > 0; ++i) last = status;
+  require(status == RAU_ERROR_MEM_FAILURE && reports == 1, "a full table is refused");
+  require(rauGetNumRegBrngs() == 512 && last == 512 << 20, "a table of 512 rows");
+  StreamState* stream = nullptr;
+  require(rauNewStream(&stream, last, 2) == 0 && rauGetStreamStateBrng(stream) == last,
+          "the last row makes streams");
+  rauDeleteStream(&stream);
   reports = 0;
 }
 
@@ -222,8 +228,8 @@ class Session {
   }
   static std::string image(const StreamState* stream) {
     if (stream == nullptr) return {};
-    const auto size = static_cast<size_t>(statistics::stream_block_size(row(stream)));
-    return {reinterpret_cast<const char*>(stream), size};
+    const auto size = static_cast<size_t>(row(stream).StreamStateSize);
+    return {reinterpret_cast<const char*>(stream), std::max(size, sizeof(StreamState))};
   }
   std::string image() const {
     std::string all(reinterpret_cast<const char*>(dead_block_), sizeof dead_block_);

@@ -1,20 +1,17 @@
-// MCG31m1: x(n+1) = 1132489760 x(n) mod 2^31 - 1, output x(n). The multiplier is from P. L'Ecuyer,
-// "Tables of linear congruential generators of different sizes and good lattice structure",
-// Mathematics of Computation 68 (1999).
-#include "statistics/streams/generators/kernels/generator.h"
+#include "statistics/streams/generators/mcg31m1.h"
+
+#include "statistics/streams/generators/kernels/blocks.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-struct Mcg31m1 : Multiplicative<Mcg31m1, uint32_t> {
-  struct State : StreamState {
-    uint32_t x;  // the next output, 1 to 2^31 - 2
-    uint32_t a;  // the multiplier, changed by leapfrog
-  };
-  static_assert(sizeof(State) == 24);
+struct Mcg31m1 {
+  using State = statistics::Mcg31m1State;
 
-  static constexpr uint32_t kModulus = 0x7fffffff;
+  static constexpr uint32_t kModulus = statistics::kMcg31m1Modulus;
   static constexpr double kUnit = 1.0 / kModulus;
+
+  static uint32_t least_residue(uint32_t x) { return x < kModulus ? x : x % kModulus; }
 
   // Reduction of a product of two residues: 2^31 is 1, so the halves add up, and a sum of the
   // modulus or above loses it through its own carry.
@@ -30,16 +27,11 @@ struct Mcg31m1 : Multiplicative<Mcg31m1, uint32_t> {
     return (sum + shr<31>(sum + I64(int64_t{1}))) & mask;
   }
 
-  static void seed(State& state, int32_t n, const uint32_t* words) {
-    state.x = n > 0 ? words[0] % kModulus : 1;
-    if (state.x == 0) state.x = 1;
-    state.a = 1132489760;
-  }
-
   template <class Sink>
-  static void generate(State& state, int32_t n, Sink sink) {
+  static int32_t generate(State& state, int32_t n, Sink sink) {
     constexpr int kVectors = 4, kGroup = kVectors * kLanes;
-    uint32_t x = state.x;
+    uint32_t x = least_residue(state.x);
+    const uint32_t multiplier = least_residue(state.a);
     int32_t i = 0;
     if (n >= kGroup) {
       // The next kGroup outputs; each step multiplies all by a^kGroup.
@@ -47,11 +39,12 @@ struct Mcg31m1 : Multiplicative<Mcg31m1, uint32_t> {
       uint32_t step = 1;
       for (uint64_t& lane : first) {
         lane = x;
-        x = multiply(x, state.a);
-        step = multiply(step, state.a);
+        x = multiply(x, multiplier);
+        step = multiply(step, multiplier);
       }
       const I64 one_vector(int64_t{step});
-      const I64 a(int64_t{power(step, kVectors)});
+      for (int known = 1; known < kVectors; known *= 2) step = multiply(step, step);
+      const I64 a(int64_t{step});
       I64 v[kVectors];
       v[0] = load(first);
       ORBA_UNROLL
@@ -70,13 +63,14 @@ struct Mcg31m1 : Multiplicative<Mcg31m1, uint32_t> {
     }
     for (; i < n; ++i) {
       sink.put_one(i, x);
-      x = multiply(x, state.a);
+      x = multiply(x, multiplier);
     }
     state.x = x;
+    return RAU_STATUS_OK;
   }
 };
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_BRNG_KERNELS(MCG31m1, Generator<Mcg31m1>)
+ORBA_BRNG_BLOCKS(MCG31m1, Blocks<Mcg31m1>)

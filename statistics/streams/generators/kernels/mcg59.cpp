@@ -1,10 +1,11 @@
-// MCG59: x(n+1) = 13^13 x(n) mod 2^59, output x(n).
-#include "statistics/streams/generators/kernels/generator.h"
+#include "statistics/streams/generators/mcg59.h"
+
+#include "statistics/streams/generators/kernels/blocks.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-constexpr uint64_t kMask = (uint64_t{1} << 59) - 1;
+constexpr uint64_t kMask = statistics::kMcg59Mask;
 
 // A block of 2 kLanes states.
 #if ORBA_CLASS == 5
@@ -65,29 +66,17 @@ struct Block {
 };
 #endif
 
-struct Mcg59 : Multiplicative<Mcg59, uint64_t> {
-  struct State : StreamState {
-    uint64_t x;  // the next output, below 2^59
-    uint64_t a;  // the multiplier, changed by leapfrog
-  };
-  static_assert(sizeof(State) == 32);
+struct Mcg59 {
+  using State = statistics::Mcg59State;
 
   static constexpr double kUnit = 0x1p-59;
 
   static uint64_t multiply(uint64_t a, uint64_t b) { return (a * b) & kMask; }
 
-  static void seed(State& state, int32_t n, const uint32_t* words) {
-    uint64_t x = 1;
-    if (n == 1) x = words[0];
-    if (n >= 2) x = (words[0] | uint64_t{words[1]} << 32) & kMask;
-    state.x = x != 0 ? x : 1;
-    state.a = 302875106592253;
-  }
-
   template <class Sink>
-  static void generate(State& state, int32_t n, Sink sink) {
+  static int32_t generate(State& state, int32_t n, Sink sink) {
     constexpr int kBlock = 2 * kLanes;
-    uint64_t x = state.x;
+    uint64_t x = state.x & kMask;
     int32_t i = 0;
     if (n >= 2 * kBlock) {
       // Two blocks at a time, as a product takes long.
@@ -120,6 +109,7 @@ struct Mcg59 : Multiplicative<Mcg59, uint64_t> {
       x = multiply(x, state.a);
     }
     state.x = x;
+    return RAU_STATUS_OK;
   }
 };
 
@@ -164,27 +154,23 @@ struct FloatSink {
   }
 };
 
-struct Mcg59Kernels : Generator<Mcg59> {
+struct Mcg59Blocks : Blocks<Mcg59> {
   static int32_t single(StreamState* stream, int32_t n, float* r, float a, float b) {
     const double s = (static_cast<double>(b) - a) * Mcg59::kUnit;
-    Mcg59::generate(state_of(stream), n, FloatSink{r, static_cast<float>(s), a});
-    return RAU_STATUS_OK;
+    return Mcg59::generate(state_of(stream), n, FloatSink{r, static_cast<float>(s), a});
   }
   static int32_t real(StreamState* stream, int32_t n, double* r, double a, double b) {
-    Mcg59::generate(state_of(stream), n, DoubleSink<double>{r, (b - a) * Mcg59::kUnit, a});
-    return RAU_STATUS_OK;
+    return Mcg59::generate(state_of(stream), n, DoubleSink<double>{r, (b - a) * Mcg59::kUnit, a});
   }
   static int32_t floors(StreamState* stream, int32_t n, int32_t* r, double a, double b) {
-    Mcg59::generate(state_of(stream), n, DoubleSink<int32_t>{r, (b - a) * Mcg59::kUnit, a});
-    return RAU_STATUS_OK;
+    return Mcg59::generate(state_of(stream), n, DoubleSink<int32_t>{r, (b - a) * Mcg59::kUnit, a});
   }
   static int32_t integer(StreamState* stream, int32_t n, void* r) {
-    Mcg59::generate(state_of(stream), n, IntegerSink{static_cast<uint64_t*>(r)});
-    return RAU_STATUS_OK;
+    return Mcg59::generate(state_of(stream), n, IntegerSink{static_cast<uint64_t*>(r)});
   }
 };
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_BRNG_KERNELS(MCG59, Mcg59Kernels)
+ORBA_BRNG_BLOCKS(MCG59, Mcg59Blocks)

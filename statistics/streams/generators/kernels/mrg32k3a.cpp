@@ -1,74 +1,13 @@
-// MRG32k3a: the difference of two multiple-recursive generators of order 3,
-//
-//   x(n+3) = 1403580 x(n+1) - 810728 x(n) mod m1,   y(n+3) = 527612 y(n+2) - 1370589 y(n) mod m2,
-//
-// output x(n+3) - y(n+3) mod m1. P. L'Ecuyer, "Good parameters and implementations for combined
-// multiple recursive random number generators", Operations Research 47 (1999).
-//
 // Values are integers in doubles. From residues between 0 and m, as from residues of up to m/2 in
 // magnitude, both sums stay below 2^53: a step is exact, fused or not and in any rounding mode.
-#include "statistics/streams/generators/kernels/generator.h"
+#include "statistics/streams/generators/mrg32k3a.h"
+
+#include "statistics/streams/generators/kernels/blocks.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-// w(n+3) = a w(n+lag) - b w(n) mod m.
-struct X {
-  static constexpr uint32_t m = 4294967087, a = 1403580, b = 810728;
-  static constexpr int lag = 1;
-};
-struct Y {
-  static constexpr uint32_t m = 4294944443, a = 527612, b = 1370589;
-  static constexpr int lag = 2;
-};
-
-// ---- Jumps: w(n) = c[0] w(0) + c[1] w(1) + c[2] w(2) with c the coefficients of t^n modulo the
-// characteristic polynomial t^3 - a t^lag + b ----
-
-struct Polynomial {
-  uint64_t c[3];  // below m
-};
-constexpr Polynomial kOne = {{1, 0, 0}};
-
-template <class Recurrence>
-constexpr Polynomial times_t(const Polynomial& p) {
-  Polynomial result = {{p.c[2] * (Recurrence::m - Recurrence::b) % Recurrence::m, p.c[0], p.c[1]}};
-  result.c[Recurrence::lag] = (result.c[Recurrence::lag] + p.c[2] * Recurrence::a) % Recurrence::m;
-  return result;
-}
-
-template <class Recurrence>
-constexpr Polynomial square(const Polynomial& p) {
-  const auto multiply = [](uint64_t a, uint64_t b) { return a * b % Recurrence::m; };
-  uint64_t c[5] = {multiply(p.c[0], p.c[0]), 2 * multiply(p.c[0], p.c[1]),
-                   2 * multiply(p.c[0], p.c[2]) + multiply(p.c[1], p.c[1]),
-                   2 * multiply(p.c[1], p.c[2]), multiply(p.c[2], p.c[2])};
-  for (int k = 4; k >= 3; --k) {
-    c[k - 3 + Recurrence::lag] += multiply(c[k] % Recurrence::m, Recurrence::a);
-    c[k - 3] += multiply(c[k] % Recurrence::m, Recurrence::m - Recurrence::b);
-  }
-  return {{c[0] % Recurrence::m, c[1] % Recurrence::m, c[2] % Recurrence::m}};
-}
-
-// Moves a component by the number of steps that the words hold, least significant first.
-template <class Recurrence>
-void jump(uint32_t (&w)[3], int32_t count, const uint64_t* words) {
-  Polynomial p = kOne;
-  for (int32_t k = count - 1; k >= 0; --k) {
-    for (int bit = 63; bit >= 0; --bit) {
-      p = square<Recurrence>(p);
-      if (words[k] >> bit & 1) p = times_t<Recurrence>(p);
-    }
-  }
-  uint32_t moved[3];
-  for (uint32_t& to : moved) {
-    uint64_t sum = 0;
-    for (int j = 0; j < 3; ++j) sum += p.c[j] * w[j] % Recurrence::m;
-    to = static_cast<uint32_t>(sum % Recurrence::m);
-    p = times_t<Recurrence>(p);
-  }
-  __builtin_memcpy(w, moved, sizeof moved);
-}
+using namespace statistics::mrg32k3a;
 
 // The polynomials of jumps by first, first + step, ..., as vectors; every coefficient is split into
 // 16-bit halves, whose products with a value are exact.
@@ -145,29 +84,9 @@ struct Window {
 };
 
 struct Mrg32k3a {
-  struct State : StreamState {
-    uint32_t x[3];  // the last three values, oldest first
-    uint32_t y[3];
-  };
-  static_assert(sizeof(State) == 40);
+  using State = statistics::Mrg32k3aState;
 
   static constexpr double kUnit = 1.0 / X::m;
-
-  static void seed(State& state, int32_t n, const uint32_t* words) {
-    for (int j = 0; j < 3; ++j) {
-      const uint32_t x = n > j ? words[j] : 1;
-      const uint32_t y = n > j + 3 ? words[j + 3] : 1;
-      state.x[j] = x % X::m;
-      state.y[j] = y % Y::m;
-    }
-    if ((state.x[0] | state.x[1] | state.x[2]) == 0) state.x[0] = 1;
-    if ((state.y[0] | state.y[1] | state.y[2]) == 0) state.y[0] = 1;
-  }
-  static void skip_ahead_words(State& state, int32_t count, const uint64_t* words) {
-    jump<X>(state.x, count, words);
-    jump<Y>(state.y, count, words);
-  }
-  static void skip_ahead(State& state, uint64_t n) { skip_ahead_words(state, 1, &n); }
 
   static constexpr int kGroup = 3;               // vectors that step side by side
   static constexpr int kRuns = kGroup * kLanes;  // runs of a long block
@@ -257,7 +176,7 @@ struct Mrg32k3a {
   }
 
   template <class Sink>
-  static void generate(State& state, int32_t n, Sink sink) {
+  static int32_t generate(State& state, int32_t n, Sink sink) {
     Component x, y;
     enter(x, state.x);
     enter(y, state.y);
@@ -275,10 +194,11 @@ struct Mrg32k3a {
     }
     leave(x, state.x, X::m);
     leave(y, state.y, Y::m);
+    return RAU_STATUS_OK;
   }
 };
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_BRNG_KERNELS(MRG32k3a, Generator<Mrg32k3a>)
+ORBA_BRNG_BLOCKS(MRG32k3a, Blocks<Mrg32k3a>)

@@ -1,41 +1,15 @@
-// R250: w(n) = w(n-250) xor w(n-147), the generalised feedback shift register of S. Kirkpatrick and
-// E. Stoll, "A very fast shift-register sequence random number generator", Journal of Computational
-// Physics 40 (1981).
-#include "statistics/streams/generators/kernels/generator.h"
+#include "statistics/streams/generators/r250.h"
+
+#include "statistics/streams/generators/kernels/blocks.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
 struct R250 {
-  static constexpr uint32_t kLength = 250, kPartner = 103;
+  using State = statistics::R250State;
 
-  struct State : StreamState {
-    uint32_t x[kLength];  // the last outputs, a ring
-    uint32_t p1;          // the oldest of them, which the next output replaces
-    uint32_t p2;          // its partner, kPartner words on
-  };
-  static_assert(sizeof(State) == 1024);
-
+  static constexpr uint32_t kLength = statistics::kR250Length, kPartner = statistics::kR250Partner;
   static constexpr double kUnit = 0x1p-32;
-
-  // Words of the multiplicative generator 69069 mod 2^32. Their top bits are then forced into a
-  // triangle, which makes 32 words linearly independent.
-  static void fill(uint32_t (&x)[kLength], uint32_t v) {
-    for (uint32_t& word : x) word = v *= 69069;
-    for (uint32_t j = 0; j < 32; ++j) {
-      uint32_t& word = x[3 + 7 * j];
-      word = (word & (0xffffffff >> j)) | (0x80000000 >> j);
-    }
-  }
-  static void seed(State& state, int32_t n, const uint32_t* words) {
-    if (n >= static_cast<int32_t>(kLength)) {
-      __builtin_memcpy(state.x, words, sizeof state.x);
-    } else {
-      fill(state.x, n > 0 && words[0] != 0 ? words[0] : 1);
-    }
-    state.p1 = 0;
-    state.p2 = kPartner;
-  }
 
   // Brings the oldest word to the front.
   static void rotate(uint32_t (&x)[kLength], uint32_t oldest) {
@@ -49,9 +23,9 @@ struct R250 {
   // between the two, 103 ahead or 147 behind, is below the length of a vector. A request that
   // replaces the whole ring leaves the oldest word at its front.
   template <class Sink>
-  static void generate(State& state, int32_t n, Sink sink) {
+  static int32_t generate(State& state, int32_t n, Sink sink) {
     constexpr int32_t kWords = 2 * kLanes;
-    uint32_t p1 = state.p1 % kLength;  // a state that was loaded may hold anything
+    uint32_t p1 = state.p1 % kLength;
     uint32_t p2 = (p1 + kPartner) % kLength;
     for (int32_t i = 0; i < n;) {
       uint32_t* x = state.x + p1;
@@ -81,10 +55,11 @@ struct R250 {
     }
     state.p1 = p1;
     state.p2 = p2;
+    return RAU_STATUS_OK;
   }
 };
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_BRNG_KERNELS(R250, Generator<R250>)
+ORBA_BRNG_BLOCKS(R250, Blocks<R250>)
