@@ -8,6 +8,7 @@
 
 #include "statistics/frame/dispatch.h"
 #include "statistics/frame/entry.h"
+#include "statistics/streams/stream.h"
 
 namespace orba::statistics {
 

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "vector/frame/parameter_reporter.h"
+#include "services/parameter_reporter.h"
 
 namespace orba::test {
 namespace {
@@ -17,7 +17,7 @@ void record(const char* name, const int32_t* position, int32_t length) {
 
 // Before any test: the first reporter of a process stays.
 class InstallRecorder : public testing::Environment {
-  void SetUp() override { ASSERT_TRUE(vector::install_reporter(record)); }
+  void SetUp() override { ASSERT_TRUE(services::install_reporter(record)); }
 };
 const testing::Environment* const installed =
     testing::AddGlobalTestEnvironment(new InstallRecorder);

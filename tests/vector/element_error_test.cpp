@@ -136,7 +136,7 @@ TYPED_TEST_SUITE(ElementLayout, Layouts);
 TYPED_TEST(ElementLayout, CallbackRecordAndReplacement) {
   kamSetErrorCallBack(watch);
   kamSetMode(KAM_ERRMODE_CALLBACK);
-  set_base(this->arrays_[0] + this->kStart - 7 * TypeParam::kParts);  // 7 elements were before
+  thread_words().base = this->arrays_[0] + this->kStart - 7 * TypeParam::kParts;  // 7 elements were before
   replace = true;
   this->raise(KAM_STATUS_OVERFLOW);
   EXPECT_EQ(calls, 1);

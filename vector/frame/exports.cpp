@@ -7,8 +7,8 @@ void refuse_arguments(const char* name, int32_t position, int32_t status) noexce
   constexpr int32_t longest_name = 25;
   int32_t length = 0;
   while (length < longest_name && name[length] != '\0') ++length;
-  install_default_reporter();
-  report_parameter(name, &position, length);
+  services::install_default_reporter();
+  services::report_parameter(name, &position, length);
   set_status(status);
 }
 
@@ -39,7 +39,7 @@ void refuse_arguments(const char* name, int32_t position, int32_t status) noexce
   }                                                                                               \
   ORBA_EXPORT void vm##t##name(const int32_t* n, ORBA_UNWRAP by_pointer, const uint32_t* mode) {  \
     orba::vector::vector_call_with_mode<ORBA_CALL(t, Name, shape)>(                               \
-        *mode, orba::vector::row_v##t##Name, "v" #t #Name, *n, ORBA_UNWRAP pointees);             \
+        mode, orba::vector::row_v##t##Name, "v" #t #Name, *n, ORBA_UNWRAP pointees);              \
   }
 
 // Shapes without scalars hand the same arguments on in both spellings.

@@ -1,4 +1,4 @@
-#include "vector/frame/parameter_reporter.h"
+#include "services/parameter_reporter.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace orba::vector;
+using namespace orba::services;
 using orba::test::stdout_of;
 
 std::string report_text(const char* name, int32_t position, int32_t length) {
