@@ -6,6 +6,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "services/platform/kernel_hooks.h"
+
 namespace orba::services::platform {
 
 // Value of an environment variable, with its NUL, into `buffer` of `size` bytes (a negative size
@@ -28,10 +30,6 @@ bool loaded_as_module() noexcept;
 void* private_heap_allocate(size_t size) noexcept;
 void private_heap_free(void* block) noexcept;
 void destroy_private_heap() noexcept;
-
-// One pointer per thread, null at the start of a thread. initial-exec: one load off the thread
-// register, no call (the few bytes fit the surplus that the loader keeps for late-loaded modules).
-extern thread_local constinit void* thread_slot __attribute__((tls_model("initial-exec")));
 
 // True in a process that was forked from one with several threads, and in its own children. An
 // OpenMP runtime may take the lost threads for its workers: work must go on without it.

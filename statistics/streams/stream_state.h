@@ -36,11 +36,4 @@ static constexpr BrngIndex resolve_brng(int32_t brng) {
   return {brng - 277 + 5, 0};
 }
 
-// Row of a stream's generator as the kernels of a build call it.
-const BrngProperties& brng_of(int build, const StreamState& stream) noexcept;
-
-// A built-in generator's block of the floors of numbers in [a, b); null for a registered one.
-using FloorsEntry = int32_t (*)(StreamState* stream, int32_t n, int32_t* r, double a, double b);
-FloorsEntry floors_of(int build, const StreamState& stream) noexcept;
-
 }  // namespace orba::statistics

@@ -10,8 +10,8 @@ Each line of a LIST is "GROUP OBJECT"; a group is "base" (runs on any processor)
 symbols       Kernels define no weak symbol and the classes share no name: of a weak symbol the
               linker keeps one copy, which could carry instructions of a newer class into code that
               any processor runs.
-undefined     Kernels call nothing but their own class, the frame's few hooks and the C memory
-              functions; above all no code of the standard library.
+undefined     Kernels call nothing but their own class, the hooks that headers kernel_hooks.h
+              declare and the C memory functions; above all no code of the standard library.
 instructions  No instruction beyond those of the object's class.
 constructors  Nothing runs at load but the platform layer's attach function.
 exports       The library exports exactly the promised names, refers to none of them itself (a program
@@ -93,20 +93,28 @@ MEMORY_FUNCTIONS = {"memcpy", "memmove", "memset", "memcmp"}
 TOOL_CHAIN = {"__stack_chk_fail", "_GLOBAL_OFFSET_TABLE_"}
 
 
+def kernel_hooks():
+    """What the headers kernel_hooks.h declare, one on each floor that has something to offer."""
+    names = set()
+    for floor in ("services", "vector", "statistics", "dense"):
+        for header in (ROOT / floor).rglob("kernel_hooks.h"):
+            text = header.read_text()
+            namespace = re.search(r"^namespace (\S+) {", text, re.M)[1]
+            declared = re.findall(r"^[\w:<>*& ]+?[ *&](\w+)(?:\(| __attribute__)", text, re.M)
+            names |= {f"{namespace}::{name}" for name in declared}
+    return names
+
+
 def check_undefined(groups):
-    hooks = {f"orba::vector::{name}" for name in re.findall(
-        r"^\w+ (\w+)\(", (ROOT / "vector/words/element_error.h").read_text(), re.M)}
-    hooks |= {"orba::statistics::brng_of", "orba::statistics::floors_of"}
+    hooks = kernel_hooks()
     for group, items in groups.items():
         if group == "base":
             continue
         for item in items:
             names = demangle(name for name, kind in symbols(item) if kind in UNDEFINED)
             for mangled, name in names.items():
-                hook = re.fullmatch(r"(\w+(?:::\w+)+)\(.*\)", name)
                 if not (of_class(mangled, group) or mangled in MEMORY_FUNCTIONS | TOOL_CHAIN or
-                        name == "orba::services::platform::thread_slot" or
-                        (hook and hook[1] in hooks)):
+                        name.partition("(")[0] in hooks):
                     yield f"{short(item)}: refers to {name}"
 
 

@@ -58,8 +58,7 @@ TEST_F(BoundedString, CopyAndConcatenate) {
       {concatenate_string, "old", 8, "abc", 0, 0, "old", ""},
       {concatenate_string, "old", 6, "abc", 3, 406, "", "strncat_s: not enough space for src"},
       {concatenate_string, "old", 3, "abc", 3, 407, "", "strncat_s: dest unterminated"},
-      {concatenate_string, "old", 8, nullptr, 3, 400, "", "strncat_s: src is null"},
-  };
+      {concatenate_string, "old", 8, nullptr, 3, 400, "", "strncat_s: src is null"}};
   for (const StringCase& c : cases) {
     SCOPED_TRACE(std::string(c.message) + " " + std::to_string(&c - cases));
     SetUp();
@@ -111,15 +110,13 @@ struct BytesCase {
 };
 
 TEST_F(BoundedString, CopyBytes) {
-  const BytesCase cases[] = {
-      {true, 4, true, 4, 0, 'a', ""},
-      {false, 4, true, 4, 400, 'x', "memcpy_s: dest is NULL"},
-      {true, 0, true, 4, 401, 'x', "memcpy_s: dmax is 0"},
-      {true, 4097, true, 4, 403, '\0', "memcpy_s: dmax exceeds max"},
-      {true, 4, false, 4, 400, '\0', "memcpy_s: src is NULL"},
-      {true, 4, true, 0, 401, '\0', "memcpy_s: smax is 0"},
-      {true, 4, true, 5, 403, '\0', "memcpy_s: smax exceeds dmax"},
-  };
+  const BytesCase cases[] = {{true, 4, true, 4, 0, 'a', ""},
+                             {false, 4, true, 4, 400, 'x', "memcpy_s: dest is NULL"},
+                             {true, 0, true, 4, 401, 'x', "memcpy_s: dmax is 0"},
+                             {true, 4097, true, 4, 403, '\0', "memcpy_s: dmax exceeds max"},
+                             {true, 4, false, 4, 400, '\0', "memcpy_s: src is NULL"},
+                             {true, 4, true, 0, 401, '\0', "memcpy_s: smax is 0"},
+                             {true, 4, true, 5, 403, '\0', "memcpy_s: smax exceeds dmax"}};
   for (const BytesCase& c : cases) {
     SCOPED_TRACE(c.message);
     SetUp();

@@ -437,6 +437,55 @@ TEST(ThreadedCall, ErrorsTellTheIndex) {
   EXPECT_EQ(kamClearErrStatus(), KAM_STATUS_OVERFLOW);
 }
 
+// A callback may call the library in its turn: short and long vectors, with errors of their own.
+thread_local int depth = 0;
+std::atomic<int> faults{0};
+
+int call_the_library(KamErrorContext* context) {
+  faults += kamGetErrStatus() != context->code;
+  if (depth == 1) {
+    faults += context->index != 1 || context->code != KAM_STATUS_ERRDOM;
+    return 1;
+  }
+  note_index(context);
+  ++depth;
+  const double negative[400] = {4, -1};
+  double y[400];
+  std::fill(std::begin(y), std::end(y), 1.0);
+  vdAbs(400, y, y);
+  vdSqrt(2, negative, y);
+  --depth;
+  return 0;
+}
+
+TEST(ThreadedCall, CallbacksMayCallTheLibrary) {
+  if (!in_process_with(kFixed)) return;
+  const std::vector<int32_t> zeros = {0, 99, 250, 251, 300, 999};
+  std::vector<double> a(1000, 2.0), y(1000);
+  for (const int32_t i : zeros) a[static_cast<size_t>(i)] = 0;
+  kamSetErrorCallBack(call_the_library);
+  kamSetMode(KAM_ERRMODE_CALLBACK);
+  for (const int32_t threads : {1, 2, 4}) {
+    set_local_thread_count(threads);
+    error_indexes.clear();
+    kamClearErrStatus();
+    vdInv(1000, a.data(), y.data());
+    std::ranges::sort(error_indexes);
+    EXPECT_EQ(error_indexes, zeros);
+    EXPECT_EQ(faults, 0);
+    EXPECT_EQ(kamGetErrStatus(), KAM_STATUS_ERRDOM);  // of the last call on the thread
+    for (const int32_t i : zeros) EXPECT_EQ(y[static_cast<size_t>(i)], 42);
+  }
+  // A long call without errors leaves the status at 0.
+  kamSetErrorCallBack([](KamErrorContext*) {
+    double ones[400] = {};
+    vdAbs(400, ones, ones);
+    return 0;
+  });
+  vdInv(1, a.data(), y.data());
+  EXPECT_EQ(kamGetErrStatus(), KAM_STATUS_OK);
+}
+
 // Bit for bit what one thread computes, also in place.
 TEST(ThreadedCall, EqualsSerialCall) {
   if (!in_process_with(kFixed)) return;
@@ -452,12 +501,10 @@ TEST(ThreadedCall, EqualsSerialCall) {
       {"vdInvSqrt",
        [](int32_t m, const double* x, const double*, double* y) { vdInvSqrt(m, x, y); }},
       {"vdDiv", [](int32_t m, const double* x, const double* z, double* y) { vdDiv(m, x, z, y); }},
-      {"vzMul",
-       [](int32_t m, const double* x, const double* z, double* y) {
+      {"vzMul", [](int32_t m, const double* x, const double* z, double* y) {
          vzMul(m, reinterpret_cast<const KamComplex16*>(x),
                reinterpret_cast<const KamComplex16*>(z), reinterpret_cast<KamComplex16*>(y));
-       }},
-  };
+       }}};
   for (const uint32_t accuracy : {KAM_LA, KAM_HA, KAM_EP}) {
     kamSetMode(accuracy);
     for (const auto& [name, call] : calls) {

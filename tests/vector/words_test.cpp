@@ -49,22 +49,20 @@ TEST(ModeWord, MergeReplacesWholeFields) {
   struct Case {
     uint32_t old, request, merged;
   };
-  const Case cases[] = {
-      {0x1A02, 0, 0x1A02},
-      {0x1A02, 0x800, 0x802},
-      {0x1A02, 0x10, 0x1A02},  // no operation changes the precision setting
-      {0x1A32, 0x1, 0x1A31},
-      {0x1A02, 0x3, 0x1A03},
-      {0x1A02, 0x280000, 0x281A02},
-      {0x281A02, 0x140000, 0x141A02},
-      {0x141A02, 0x40000, 0x41A02},
-      {0x1A02, 0x3000000, 0x3001A02},
-      {0x3001A02, 0x8000000, 0x8001A02},
-      {0x1A02, 0x10000, 0x11A02},
-      {0x11A02, 0x20000, 0x21A02},
-      {0x1A02, 0xF0C000F0, 0x1A02},  // bits of no field
-      {0x3141A02, 0xFFFFFFFF, 0xF3FFF0F},
-  };
+  const Case cases[] = {{0x1A02, 0, 0x1A02},
+                        {0x1A02, 0x800, 0x802},
+                        {0x1A02, 0x10, 0x1A02},  // no operation changes the precision setting
+                        {0x1A32, 0x1, 0x1A31},
+                        {0x1A02, 0x3, 0x1A03},
+                        {0x1A02, 0x280000, 0x281A02},
+                        {0x281A02, 0x140000, 0x141A02},
+                        {0x141A02, 0x40000, 0x41A02},
+                        {0x1A02, 0x3000000, 0x3001A02},
+                        {0x3001A02, 0x8000000, 0x8001A02},
+                        {0x1A02, 0x10000, 0x11A02},
+                        {0x11A02, 0x20000, 0x21A02},
+                        {0x1A02, 0xF0C000F0, 0x1A02},  // bits of no field
+                        {0x3141A02, 0xFFFFFFFF, 0xF3FFF0F}};
   for (const Case& c : cases) {
     EXPECT_EQ(merge_mode(c.old, c.request), c.merged) << std::hex << c.old << ' ' << c.request;
   }

@@ -1,4 +1,4 @@
-#include "vector/words/element_error.h"
+#include "vector/words/kernel_hooks.h"
 
 #include <bit>
 #include <utility>

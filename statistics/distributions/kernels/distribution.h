@@ -1,7 +1,7 @@
 // Names of the distribution kernels, and what they share.
 #pragma once
 
-#include "statistics/streams/stream_state.h"
+#include "statistics/streams/kernel_hooks.h"
 #include "vector/kernels/contract/scalar.h"
 #include "vector/kernels/simd/simd.h"
 

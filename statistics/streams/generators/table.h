@@ -4,7 +4,7 @@
 #include <stdint.h>
 
 #include "statistics/frame/dispatch.h"
-#include "statistics/streams/stream_state.h"
+#include "statistics/streams/kernel_hooks.h"
 
 namespace orba::statistics {
 
