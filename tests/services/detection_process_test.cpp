@@ -88,22 +88,18 @@ TEST(DetectionProcess, EnvironmentSelectsClass) {
     Words words;
     int needs = 0;  // level of the processor; others skip the row
   } cases[] = {
-      {"", at_level(native, 1)},
-      {request + "SSE4_2", at_level(3, 1), 3},
-      {request + "AVX", at_level(3, 1), 5},
-      {request + "AVX2", at_level(5, 1), 5},
+      // clang-format off
+      {"", at_level(native, 1)}, {request + "SSE4_2", at_level(3, 1), 3},
+      {request + "AVX", at_level(3, 1), 5}, {request + "AVX2", at_level(5, 1), 5},
       {request + "AVX512", at_level(native, 1)},
-      {request + std::string(40, 'A'), at_level(native, 1)},
-      {branch + "AVX2", at_level(5, 10), 5},
+      {request + std::string(40, 'A'), at_level(native, 1)}, {branch + "AVX2", at_level(5, 10), 5},
       {branch + "'BRANCH=AVX2, STRICT'", at_level(5, 10 | kStrict), 5},
-      {branch + "SSE2", at_level(0, 4), 3},
-      {branch + "nonsense", at_level(native, 2)},
+      {branch + "SSE2", at_level(0, 4), 3}, {branch + "nonsense", at_level(native, 2)},
       {branch + std::string(200, 'A'), at_level(native, 1)},
-      {branch + "AVX2 " + request + "SSE4_2", at_level(5, 10), 5},
-      {number + "3", forced(3, 0)},
-      {number + "05", forced(5, 2)},
-      {number + "7x", at_level(native, 1)},
+      {branch + "AVX2 " + request + "SSE4_2", at_level(5, 10), 5}, {number + "3", forced(3, 0)},
+      {number + "05", forced(5, 2)}, {number + "7x", at_level(native, 1)},
       {number + "0" + std::string(40, 'x'), at_level(native, 1)},
+      // clang-format on
   };
   for (const auto& c : cases) {
     if (native < c.needs) continue;
