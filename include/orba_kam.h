@@ -73,10 +73,22 @@ typedef struct KamErrorContext {
   double r1_im, r2_im;
 } KamErrorContext;
 
-/* Runs on the thread that met the error: a long vector may be computed by several threads, so the
- * callback must be reentrant. After an in-place call the record shows the result as the argument.
- * A result other than 0 says that the error is finished: the results stay as they are and nothing
- * further is done. With 0 the other error modes follow and r1, r2 are stored. */
+/* A result other than 0 says that the error is finished: the results stay as they are and nothing
+ * further is done. With 0 the other error modes follow and r1, r2 are stored. After an in-place call
+ * the record shows the result as the argument.
+ *
+ * It runs on the thread that met the error: a long vector may be computed by several threads, so
+ * calls of one callback may overlap. It must return: no longjmp and no exception may leave it.
+ *
+ * It may call the library, vector functions too, whose errors come to it in their turn. The status
+ * of the thread is set before it runs and is not set again: what it leaves there stays, be it by
+ * kamClearErrStatus or by vector calls of its own, of which a long one leaves its own status, also
+ * of 0. A vector that several threads compute ends with the status of one of those whose status is
+ * not 0. A mode or callback set in it holds for the thread it runs on; the other threads, and this
+ * one unless it is the caller's, get the caller's again with the next long vector.
+ *
+ * Floating-point exceptions are masked while it runs, rounding is to nearest, and denormals are
+ * flushed if the mode says so; it must leave these controls as it finds them. */
 typedef int (*KamErrorCallBack)(KamErrorContext* context);
 
 /* Mode, status and callback of the calling thread; setters return the old value. The lower-case

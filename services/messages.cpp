@@ -6,7 +6,6 @@
 #include <atomic>
 
 #include "services/platform/platform.h"
-#include "services/spin_lock.h"
 
 namespace orba::services {
 namespace {
@@ -15,20 +14,25 @@ constexpr int kBufferSize = 512;
 
 constinit std::atomic<ExitHandler> exit_handler{nullptr};
 
-// The localised catalogue: tried at the first message, then either open or absent for good.
-constinit SpinLock catalog_lock;
-constinit std::atomic<bool> catalog_tried{false};
-constinit std::atomic<void*> catalog{nullptr};
+// The localised catalogue: tried at the first message, then either open or absent for good. Threads
+// that meet here each try, and one of them publishes: what may wait for the file system is not done
+// under a lock.
+constinit char untried = 0;
+constinit std::atomic<void*> catalog{&untried};
+
+void close_catalog(void* open_catalog) noexcept {
+  if (open_catalog != nullptr && open_catalog != &untried) {
+    platform::close_message_catalog(open_catalog);
+  }
+}
 
 void* message_catalog() noexcept {
-  if (!catalog_tried.load(std::memory_order_acquire)) {
-    SpinGuard guard(catalog_lock);
-    if (!catalog_tried.load(std::memory_order_relaxed)) {
-      catalog.store(platform::open_message_catalog(), std::memory_order_relaxed);
-      catalog_tried.store(true, std::memory_order_release);
-    }
-  }
-  return catalog.load(std::memory_order_relaxed);
+  void* known = catalog.load(std::memory_order_acquire);
+  if (known != &untried) return known;
+  void* opened = platform::open_message_catalog();
+  if (catalog.compare_exchange_strong(known, opened, std::memory_order_acq_rel)) return opened;
+  close_catalog(opened);
+  return known;
 }
 
 // Whether two formats take the same arguments in the same order. The texts use bare conversions
@@ -119,9 +123,7 @@ void terminate(int exit_code) noexcept {
 }
 
 void release_messages() noexcept {
-  if (void* open_catalog = catalog.exchange(nullptr, std::memory_order_acq_rel)) {
-    platform::close_message_catalog(open_catalog);
-  }
+  close_catalog(catalog.exchange(nullptr, std::memory_order_acq_rel));
 }
 
 }  // namespace orba::services

@@ -62,7 +62,6 @@ constinit std::atomic<bool> output_known{false};
 constinit SpinLock output_lock;
 
 constinit std::atomic<bool> header_printed{false};
-constinit SpinLock header_lock;
 
 void warn(const char* text) noexcept {
   char line[128];
@@ -104,9 +103,9 @@ void print_header(int interface_code) noexcept {
   format_header(header, interface_code, processor_description(), clock_rate_for_header());
   char line[kTraceTextSize + 1];
   Printer(line).print("%s\n", header);
-  // In this order: a thread of the program that holds the stream may trace a call, too.
+  // Also when it goes to a file: one lock decides who prints it, and a thread of the program that
+  // holds the stream may trace a call, too.
   const platform::StandardOutputLock stream;
-  SpinGuard guard(header_lock);
   if (header_printed.load(std::memory_order_relaxed)) return;
   write_line(line);
   header_printed.store(true, std::memory_order_release);

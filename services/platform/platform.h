@@ -6,11 +6,14 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "services/platform/kernel_hooks.h"
+
 namespace orba::services::platform {
 
 // Value of an environment variable, with its NUL, into `buffer` of `size` bytes (a negative size
 // counts as 0). Returns the length, 0 when absent or empty; when the value with its NUL does not
-// fit, minus the size it needs, and the buffer's contents are not defined.
+// fit, minus the size it needs, and the buffer's contents are not defined. A program that runs with
+// more rights than its user (set-user-id and the like) has no environment: the user made it.
 int read_environment(const char* name, char* buffer, int size) noexcept;
 
 // Gives the processor to another thread.
@@ -28,9 +31,9 @@ void* private_heap_allocate(size_t size) noexcept;
 void private_heap_free(void* block) noexcept;
 void destroy_private_heap() noexcept;
 
-// One pointer per thread, null at the start of a thread. initial-exec: one load off the thread
-// register, no call (the few bytes fit the surplus that the loader keeps for late-loaded modules).
-extern thread_local constinit void* thread_slot __attribute__((tls_model("initial-exec")));
+// True in a process that was forked from one with several threads, and in its own children. An
+// OpenMP runtime may take the lost threads for its workers: work must go on without it.
+bool lost_threads_in_fork() noexcept;
 
 // Makes the system call `on_thread_detach` (services/module.h) when the calling thread ends.
 // False when the system can't (out of thread-specific keys or memory).
@@ -40,7 +43,9 @@ bool watch_thread_exit() noexcept;
 int format_text(char* buffer, size_t size, const char* format, va_list arguments) noexcept
     __attribute__((format(printf, 3, 0)));
 
-// Writes a text to the standard output stream and flushes all streams. errno keeps its value.
+// Writes a text to the standard output stream and flushes that and the standard error stream. No
+// other: one that a thread of the program is reading would have to be waited for. errno keeps its
+// value.
 void write_standard_output(const char* text) noexcept;
 
 // The standard output stream for the calling thread alone; may be nested.

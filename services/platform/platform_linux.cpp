@@ -10,6 +10,7 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/auxv.h>
+#include <sys/single_threaded.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -68,7 +69,24 @@ int make_exit_key() noexcept {
   return key;
 }
 
-__attribute__((constructor)) void attach() { on_process_attach(); }
+constinit bool lost_threads = false;
+constinit bool forks_alone = true;  // of the fork in progress
+
+void before_fork() {
+  forks_alone = __libc_single_threaded;
+  hold_locks_for_fork();
+}
+void after_fork_in_parent() { release_locks_after_fork(); }
+void after_fork_in_child() {
+  lost_threads = lost_threads || !forks_alone;
+  release_locks_in_forked_child();
+}
+
+// An unload takes the handlers away: they, too, belong to this module.
+__attribute__((constructor)) void attach() {
+  pthread_atfork(before_fork, after_fork_in_parent, after_fork_in_child);
+  on_process_attach();
+}
 
 // Runs at exit and at unload. Exit handlers run before the modules' destructors, the loader having
 // registered its own handler first, so at exit `note_exit` was here before. At unload it comes
@@ -92,7 +110,7 @@ __attribute__((destructor)) void detach() {
 }  // namespace
 
 int read_environment(const char* name, char* buffer, int size) noexcept {
-  const char* value = getenv(name);
+  const char* value = secure_getenv(name);
   if (value == nullptr || *value == '\0') return 0;
   const size_t needed = strlen(value) + 1;
   if (size < 0 || needed > static_cast<size_t>(size)) return -static_cast<int>(needed);
@@ -148,6 +166,8 @@ void destroy_private_heap() noexcept {
   }
 }
 
+bool lost_threads_in_fork() noexcept { return lost_threads; }
+
 bool watch_thread_exit() noexcept {
   int key = exit_key.load(std::memory_order_acquire);
   if (key == kNoKey) key = make_exit_key();
@@ -170,7 +190,8 @@ int format_text(char* buffer, size_t size, const char* format, va_list arguments
 void write_standard_output(const char* text) noexcept {
   const ErrnoKeeper keeper;
   fputs(text, stdout);
-  fflush(nullptr);
+  fflush(stdout);
+  fflush(stderr);
 }
 
 StandardOutputLock::StandardOutputLock() noexcept { flockfile(stdout); }

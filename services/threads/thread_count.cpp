@@ -7,6 +7,7 @@
 
 #include "services/environment.h"
 #include "services/platform/errno_keeper.h"
+#include "services/platform/platform.h"
 #include "services/platform/topology.h"
 #include "services/spin_lock.h"
 #include "services/threads/policy.h"
@@ -79,6 +80,8 @@ void keep_thread_runtime() noexcept {
 }
 
 int32_t thread_count(Domain domain) noexcept {
+  if (platform::lost_threads_in_fork()) [[unlikely]]
+    return 1;
   if (local_count > 0) return local_count;
   const ThreadWords& words = thread_words();
   return count_threads(domain, words.settings, words.processors.cores, kOpenMp);

@@ -8,7 +8,8 @@
 
 namespace orba::services {
 
-// Threads that a call of this domain may use.
+// Threads that a call of this domain may use. 1, whatever is asked for, in a process whose threads
+// were lost in a fork.
 int32_t thread_count(Domain domain) noexcept;
 
 // True when a thread count is an upper bound, to be lowered where fewer threads do.

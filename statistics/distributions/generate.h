@@ -10,6 +10,7 @@
 #include "statistics/frame/dispatch.h"
 #include "statistics/frame/entry.h"
 #include "statistics/streams/generators/table.h"
+#include "statistics/streams/stream.h"
 
 namespace orba::statistics {
 

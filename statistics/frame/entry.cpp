@@ -3,16 +3,16 @@
 #include <stdarg.h>
 
 #include "services/bounded_string.h"
+#include "services/parameter_reporter.h"
 #include "services/platform/platform.h"
-#include "vector/frame/parameter_reporter.h"
 
 namespace orba::statistics {
 
 int32_t refuse(const char* name, int32_t position, int32_t status) noexcept {
   constexpr size_t kLongestName = 50;
-  vector::install_default_reporter();
-  vector::report_parameter(name, &position,
-                           static_cast<int32_t>(services::string_length(name, kLongestName)));
+  services::install_default_reporter();
+  services::report_parameter(name, &position,
+                             static_cast<int32_t>(services::string_length(name, kLongestName)));
   return status;
 }
 

@@ -7,18 +7,11 @@
 
 #include "services/timer.h"
 #include "services/verbose.h"
-#include "statistics/streams/stream_state.h"
 
 namespace orba::statistics {
 
 // Reports a fault in argument `position` of the entry `name` and hands `status` on.
 int32_t refuse(const char* name, int32_t position, int32_t status) noexcept;
-
-// 0 for a live stream.
-inline int32_t check_stream(const StreamState* stream) noexcept {
-  if (stream == nullptr) return RAU_ERROR_NULL_PTR;
-  return stream->marker == 1 ? RAU_STATUS_OK : RAU_ERROR_BAD_STREAM;
-}
 
 // Text of a traced call, cut at `size`, by the rules of the C locale.
 void format_call(char* text, size_t size, const char* format, ...) noexcept;

@@ -9,6 +9,11 @@ namespace orba::statistics {
 
 // Whether new_stream knows the generator and makes its streams.
 bool can_be_made(int32_t brng) noexcept;
+// 0 for a live stream.
+inline int32_t check_stream(const StreamState* stream) noexcept {
+  if (stream == nullptr) return RAU_ERROR_NULL_PTR;
+  return stream->marker == 1 ? RAU_STATUS_OK : RAU_ERROR_BAD_STREAM;
+}
 
 int32_t new_stream(StreamState** stream, int32_t brng, int32_t n, const uint32_t* params) noexcept;
 int32_t delete_stream(StreamState** stream) noexcept;

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <type_traits>
 
-#include "include/orba_kam.h"
 #include "statistics/summary/scratch.h"
+#include "vector/frame/call.h"
 
 namespace orba::statistics::summary {
 namespace {
@@ -97,9 +97,11 @@ template <class Real>
 void reciprocal_square_roots(int64_t p, Real* x) noexcept {
   const auto n = static_cast<int32_t>(p);
   if constexpr (std::is_same_v<Real, double>) {
-    vmdInvSqrt(n, x, x, KAM_DENORMALS_KEEP);
+    vector::vector_call_with_mode<vector::Kernel_1i_1o<vector::Type_d>, false>(
+        KAM_DENORMALS_KEEP, vector::row_vdInvSqrt, "vdInvSqrt", n, x, x);
   } else {
-    vmsInvSqrt(n, x, x, KAM_DENORMALS_KEEP);
+    vector::vector_call_with_mode<vector::Kernel_1i_1o<vector::Type_s>, false>(
+        KAM_DENORMALS_KEEP, vector::row_vsInvSqrt, "vsInvSqrt", n, x, x);
   }
 }
 

@@ -15,7 +15,8 @@ undefined     Kernels refer to nothing but their own class, the few functions an
               library.
 instructions  No instruction beyond those of the object's class.
 constructors  Nothing runs at load but the platform layer's attach function.
-exports       The library exports exactly the promised names and needs only the runtime libraries.
+exports       The library exports exactly the promised names, refers to none of them itself (a program
+              that defines such a name would take its calls), and needs only the runtime libraries.
 """
 
 import collections
@@ -116,7 +117,6 @@ def check_undefined(groups):
             names = demangle(name for name, kind in symbols(item) if kind in UNDEFINED)
             for mangled, name in names.items():
                 if not (of_class(mangled, group) or mangled in MEMORY_FUNCTIONS | TOOL_CHAIN or
-                        name == "orba::services::platform::thread_slot" or
                         name.partition("(")[0] in hooks):
                     yield f"{short(item)}: refers to {name}"
 
@@ -233,6 +233,10 @@ def check_exports(library):
         yield f"{name} is promised and not exported"
     for name in sorted(exported - promised):
         yield f"{name} is exported and not promised"
+    relocations = (line.split() for line in run("readelf", "-rW", library).splitlines())
+    referred = {row[4].partition("@")[0] for row in relocations if len(row) > 4}
+    for name in sorted(referred & promised):
+        yield f"{name} is referred to from inside"
     print(f"{len(exported)} exports")
 
     dynamic = run("readelf", "-dW", library)

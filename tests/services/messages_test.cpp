@@ -1,15 +1,21 @@
+// Messages and the reports of bad arguments.
 #include "services/messages.h"
 
 #include <errno.h>
 #include <gtest/gtest.h>
+#include <stdio_ext.h>
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
 
+#include "services/parameter_reporter.h"
 #include "tests/support/observe.h"
+#include "tests/support/process.h"
 
 namespace {
 
@@ -18,17 +24,13 @@ using orba::test::stdout_of;
 
 constexpr MessageKind kError = MessageKind::error;
 
-TEST(Messages, EveryRowIsItsNumber) {
+TEST(Messages, Print) {
   int with_text = 0;
   for (int number = 0; number < kMessageCount; ++number) {
-    const MessageRow row = message_row(number);
-    ASSERT_EQ(row.number, number);
-    with_text += *row.text != '\0';
+    ASSERT_EQ(message_row(number).number, number);
+    with_text += *message_row(number).text != '\0';
   }
   EXPECT_EQ(with_text, 32);
-}
-
-TEST(Messages, Print) {
   EXPECT_EQ(stdout_of([] { print_message(kError, kMessageNewline, 0); }), "\n");
   EXPECT_EQ(stdout_of([] { print_message(kError, kMessageBadParameter, 2, 3, "vdAdd"); }),
             "Tessel Orba ERROR: Parameter 3 was incorrect on entry to vdAdd.\n");
@@ -38,9 +40,14 @@ TEST(Messages, Print) {
   EXPECT_EQ(stdout_of([] { print_format(kError, "%d-%s", 2, 4, "x"); }), "4-x");
   EXPECT_EQ(stdout_of([] { print_format(kError, "%d-%s", 0, 4, "x"); }), "");
   EXPECT_EQ(stdout_of([] { print_to_file(stdout, "%d-%s", 2, 4, "x"); }), "4-x");
-}
 
-TEST(Messages, PrintLeavesErrnoAlone) {
+  const std::string name(600, 'x');
+  const std::string notice =
+      "\nORBA INTERNAL ERROR: message buffer overflow."
+      "\n       Lenght: 618   Buffer size: 512\n";
+  EXPECT_EQ(stdout_of([&] { print_message(kError, kMessageStatusUnknown, 1, name.c_str()); }),
+            notice + "Unknown error in " + std::string(494, 'x') + "\n");
+
   // A first write to something other than a terminal sets errno inside the runtime.
   setvbuf(stdout, nullptr, _IOFBF, 4096);
   errno = 77;
@@ -48,41 +55,51 @@ TEST(Messages, PrintLeavesErrnoAlone) {
   EXPECT_EQ(errno, 77);
 }
 
-TEST(Messages, TooLongIsCutAndTold) {
-  const std::string name(600, 'x');
-  const std::string notice =
-      "\nORBA INTERNAL ERROR: message buffer overflow."
-      "\n       Lenght: 618   Buffer size: 512\n";
-  EXPECT_EQ(stdout_of([&] { print_message(kError, kMessageStatusUnknown, 1, name.c_str()); }),
-            notice + "Unknown error in " + std::string(494, 'x') + "\n");
+// The two standard streams are flushed. One that another thread is reading is not waited for.
+TEST(Messages, LeaveOtherStreamsAlone) {
+  if (!orba::test::in_process_with("")) return;
+  alarm(10);
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  FILE* stream = fdopen(ends[0], "r");
+  std::atomic<bool> reading{false};
+  std::thread reader([&] {
+    flockfile(stream);
+    reading = true;
+    char line[8];
+    EXPECT_EQ(fgets(line, sizeof line, stream), nullptr);
+    funlockfile(stream);
+  });
+  while (!reading) std::this_thread::yield();
+  setvbuf(stderr, nullptr, _IOFBF, 4096);
+  fputs("of the program\n", stderr);
+  print_message(kError, kMessageBadParameter, 2, 3, "vdAdd");
+  EXPECT_EQ(__fpending(stderr), 0u);
+  EXPECT_EQ(__fpending(stdout), 0u);
+  close(ends[1]);
+  reader.join();
 }
 
 // The catalogue file is tried once, at the first message of the process.
 TEST(MessagesDeathTest, TranslatedCatalogue) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   if (system("gencat --version > /dev/null 2>&1") != 0) GTEST_SKIP() << "gencat is missing";
-  namespace fs = std::filesystem;
-  const fs::path folder = fs::path(testing::TempDir()) / "orba_catalogue";
-  fs::create_directories(folder);
+  const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "orba_catalogue";
+  std::filesystem::create_directories(folder);
   // The second text would read its arguments in the wrong order.
   std::ofstream(folder / "orba_msg.msg") << "$set 1\n"
                                          << "754 Unbekannter Fehler in %s.\n"
                                          << "6 Falsch: %s %d\n";
-  ASSERT_EQ(system(("gencat " + (folder / "orba_msg.cat").string() + " " +
-                    (folder / "orba_msg.msg").string())
-                       .c_str()),
-            0);
-  const auto texts = [] {
-    return stdout_of([] {
-      print_message(kError, kMessageStatusUnknown, 1, "vdAdd");
-      print_message(kError, kMessageBadParameter, 2, 3, "vdAdd");
-      print_message(kError, kMessageStatusSing, 1, "vdAdd");
-    });
-  };
+  const std::string file = folder / "orba_msg";
+  ASSERT_EQ(system(("gencat " + file + ".cat " + file + ".msg").c_str()), 0);
   EXPECT_EXIT(
       {
         setenv("NLSPATH", (folder / "%N").c_str(), 1);
-        const std::string printed = texts();
+        const std::string printed = stdout_of([] {
+          print_message(kError, kMessageStatusUnknown, 1, "vdAdd");
+          print_message(kError, kMessageBadParameter, 2, 3, "vdAdd");
+          print_message(kError, kMessageStatusSing, 1, "vdAdd");
+        });
         release_messages();
         fputs(printed.c_str(), stderr);
         _exit(0);
@@ -91,7 +108,7 @@ TEST(MessagesDeathTest, TranslatedCatalogue) {
       "Unbekannter Fehler in vdAdd\\.\n"
       "Tessel Orba ERROR: Parameter 3 was incorrect on entry to vdAdd\\.\n"
       "Error \\(KAM_STATUS_SING\\) in vdAdd: argument caused singularity\\.\n");
-  fs::remove_all(folder);
+  std::filesystem::remove_all(folder);
 }
 
 TEST(MessagesDeathTest, Terminate) {
@@ -102,6 +119,57 @@ TEST(MessagesDeathTest, Terminate) {
         terminate(3);
       },
       testing::ExitedWithCode(43), "");
+}
+
+// ---- reports ----
+
+std::string report_text(const char* name, int32_t position, int32_t length) {
+  return stdout_of([&] { report_parameter(name, &position, length); });
+}
+
+TEST(ParameterReporter, Texts) {
+  const std::pair<int32_t, std::string> cases[] = {
+      {1, "ERROR: Parameter 1 was incorrect on entry to vdAdd."},
+      {1000, "INTERNAL ERROR: Insufficient workspace available in function vdAdd."},
+      {1001, "ERROR: Incompatible optional parameters on entry to vdAdd."},
+      {1002, "ERROR: Parameter 1002 was incorrect on entry to vdAdd."},
+      {1102, "INTERNAL ERROR: Not enough work memory in function vdAdd"},
+      {1225, "INTERNAL ERROR: Issue accessing coprocessor vdAdd."},
+      {0, "INTERNAL ERROR: Condition 0 detected in function vdAdd."},
+      {-12, "INTERNAL ERROR: Condition 12 detected in function vdAdd."},
+      {INT32_MIN, "INTERNAL ERROR: Condition -2147483648 detected in function vdAdd."}};
+  for (const auto& [position, text] : cases) {
+    EXPECT_EQ(report_text("vdAdd", position, 5), "\nTessel Orba " + text + "\n");
+  }
+  const std::string before = "\nTessel Orba ERROR: Parameter 2 was incorrect on entry to ";
+  EXPECT_EQ(report_text("vdLinearFrac", 2, 8), before + "vdLinear.\n");
+  EXPECT_EQ(report_text("abcdefghijklmnopqrstuvwxyz", 2, 25), before + "abcdefghijklmnopqrst.\n");
+  EXPECT_EQ(report_text("vdAdd", 2, 0), before + ".\n");
+  EXPECT_EQ(report_text("vdAdd", 2, -1), "");
+  EXPECT_EQ(report_text(nullptr, 1, 5), "");
+  EXPECT_EQ(stdout_of([] { report_parameter("vdAdd", nullptr, 5); }), "");
+}
+
+std::string reported;
+void own_reporter(const char* name, const int32_t* position, int32_t length) {
+  reported = std::string(name, static_cast<size_t>(length)) + ' ' + std::to_string(*position);
+}
+
+// The first reporter stays for the life of the process.
+TEST(ParameterReporter, FirstInstallerWins) {
+  if (!orba::test::in_process_with("")) return;
+  EXPECT_TRUE(install_reporter(own_reporter));
+  install_default_reporter();
+  EXPECT_FALSE(install_reporter(default_reporter));
+  EXPECT_EQ(report_text("vdAdd", 3, 5), "");
+  EXPECT_EQ(reported, "vdAdd 3");
+}
+
+TEST(ParameterReporter, DefaultInstalledFirst) {
+  if (!orba::test::in_process_with("")) return;
+  install_default_reporter();
+  EXPECT_FALSE(install_reporter(own_reporter));
+  EXPECT_NE(report_text("vdAdd", 3, 5), "");
 }
 
 }  // namespace

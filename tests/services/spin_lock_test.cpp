@@ -2,8 +2,13 @@
 
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -54,6 +59,38 @@ TEST(SpinLock, ProgressesOnOneProcessor) {
     second.join();
     EXPECT_EQ(turns, 400);
   }).join();
+}
+
+// A fork waits for the holder, so the child finds the lock free and what it guards whole. A holder
+// that takes too long is not waited for; the child does not wait for him either.
+TEST(SpinLock, InAForkedChild) {
+  for (const auto& [milliseconds, whole] : {std::pair{50, true}, {2000, false}}) {
+    SpinLock lock;
+    int first = 0, second = 0;
+    std::atomic<bool> inside{false};
+    std::thread holder([&] {
+      SpinGuard guard(lock);
+      first = 1;
+      inside = true;
+      std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+      second = 1;
+    });
+    while (!inside) std::this_thread::yield();
+    const auto start = std::chrono::steady_clock::now();
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(10);
+      for (int round = 0; round < 3; ++round) SpinGuard guard(lock);
+      _exit(first == second);
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1500));
+    int status;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), whole);
+    holder.join();
+    EXPECT_TRUE(lock.try_lock());
+  }
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <utility>
 
-#include "vector/frame/parameter_reporter.h"
+#include "services/parameter_reporter.h"
 
 namespace orba::test {
 namespace {
@@ -43,7 +43,7 @@ thread_local std::vector<Report> reports;
 class InstallRecorder : public testing::Environment {
   void SetUp() override {
     ASSERT_TRUE(
-        vector::install_reporter([](const char* name, const int32_t* position, int32_t length) {
+        services::install_reporter([](const char* name, const int32_t* position, int32_t length) {
           reports.push_back({std::string(name, static_cast<size_t>(length)), *position});
         }));
   }

@@ -1,4 +1,4 @@
-#include "vector/words/element_error.h"
+#include "vector/words/kernel_hooks.h"
 
 #include <errno.h>
 #include <gtest/gtest.h>
@@ -136,7 +136,8 @@ TYPED_TEST_SUITE(ElementLayout, Layouts);
 TYPED_TEST(ElementLayout, CallbackRecordAndReplacement) {
   kamSetErrorCallBack(watch);
   kamSetMode(KAM_ERRMODE_CALLBACK);
-  set_base(this->arrays_[0] + this->kStart - 7 * TypeParam::kParts);  // 7 elements were before
+  thread_words().base =
+      this->arrays_[0] + this->kStart - 7 * TypeParam::kParts;  // 7 elements were before
   replace = true;
   this->raise(KAM_STATUS_OVERFLOW);
   EXPECT_EQ(calls, 1);
@@ -204,8 +205,7 @@ TEST_F(ElementError, ReactionOfEveryMode) {
       {0, 2, 0, false, 0, 0},
       // traps of other exceptions, and traps without the exception mode
       {KAM_ERRMODE_EXCEPT | KAM_TRAP_INVALID | KAM_TRAP_OVERFLOW, 2, 0, false, 4, 0},
-      {KAM_ERRMODE_ERRNO | KAM_TRAP_MASK, 2, ERANGE, false, 0, 0},
-  };
+      {KAM_ERRMODE_ERRNO | KAM_TRAP_MASK, 2, ERANGE, false, 0, 0}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.mode);
     reset(c.mode);
@@ -276,8 +276,7 @@ TEST_F(ElementError, PrintedLines) {
       {4, 1e-300, 2e100, 0, 0,
        "Error (KAM_STATUS_UNDERFLOW) in vdF: argument caused underflow.\n"
        "a(0)=1e-300\nb(0)=2e+100\ny(0)=0\n"},
-      {1000, 1, 2, 3, 4, "Unknown error in vdF.\na(0)=1\nb(0)=2\ny(0)=3\nz(0)=4\n"},
-  };
+      {1000, 1, 2, 3, 4, "Unknown error in vdF.\na(0)=1\nb(0)=2\ny(0)=3\nz(0)=4\n"}};
   for (const Case& c : cases) {
     reset(KAM_ERRMODE_STDERR);
     double r1 = c.r1;

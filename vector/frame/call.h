@@ -4,7 +4,7 @@
 #include <type_traits>
 
 #include "services/detect/detect.h"
-#include "vector/frame/parameter_reporter.h"
+#include "services/parameter_reporter.h"
 #include "vector/frame/rows.h"
 #include "vector/frame/threader.h"
 #include "vector/words/thread_words.h"
@@ -82,15 +82,19 @@ inline void vector_call(const KamKernelRow& row, const char* name, int32_t n,
   run_selected<Kernel, kind>(kernel_class, mode_word, row, n, args...);
 }
 
-// The form with a mode: the old word comes back through the same merge, so a field that was zero in
-// it stays as the argument set it.
-template <class Kernel, CallKind kind, class... Args>
-inline void vector_call_with_mode(uint32_t call_mode, const KamKernelRow& row, const char* name,
+inline uint32_t value_of(uint32_t call_mode) noexcept { return call_mode; }
+inline uint32_t value_of(const uint32_t* call_mode) noexcept { return *call_mode; }
+
+// The form with a mode, a value or its address, which is not looked at before the checks have
+// passed. The old word comes back through the same merge, so a field that was zero in it stays as
+// the argument set it.
+template <class Kernel, CallKind kind, class Mode, class... Args>
+inline void vector_call_with_mode(Mode call_mode, const KamKernelRow& row, const char* name,
                                   int32_t n, Args... args) noexcept {
   if (!accept_arguments<kind>(name, n, args...)) return;
-  const uint32_t old_mode = kamSetMode(call_mode);
+  const uint32_t old_mode = set_mode(value_of(call_mode));
   find_and_run<Kernel, kind>(row, n, args...);
-  kamSetMode(old_mode);
+  set_mode(old_mode);
 }
 
 }  // namespace orba::vector

@@ -64,7 +64,7 @@
   ORBA_EXPORT_ void vm##t##name(const int32_t* n ORBA_PARAMETERS_BY_ADDRESS(shape, t),  \
                                 const uint32_t* mode) {                                 \
     ORBA_FRAME_(vector_call_with_mode, shape, t, call)                                  \
-    (*mode, ORBA_ROW_(t, Name), *n ORBA_ARGUMENTS_BY_ADDRESS(shape, t));                \
+    (mode, ORBA_ROW_(t, Name), *n ORBA_ARGUMENTS_BY_ADDRESS(shape, t));                 \
   }
 #define ORBA_DEFINE_FORMS(Name, name, shape, types, kernels, call) \
   ORBA_KAM_TYPES(types)                                            \

@@ -7,8 +7,8 @@ void refuse_arguments(const char* name, int32_t position, int32_t status) noexce
   constexpr int32_t longest_name = 25;
   int32_t length = 0;
   while (length < longest_name && name[length] != '\0') ++length;
-  install_default_reporter();
-  report_parameter(name, &position, length);
+  services::install_default_reporter();
+  services::report_parameter(name, &position, length);
   set_status(status);
 }
 

@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "services/threads/float_state.h"
 #include "services/threads/thread_count.h"
 #include "vector/words/thread_words.h"
 
@@ -29,14 +30,17 @@ void run_in_parallel(int32_t threads, SliceRunner run_slice, const void* call, i
                      const void* base) noexcept {
   const KamErrorCallBack callers_callback = callback();
   const uint32_t callers_mode = mode();
+  services::RegionFloatState float_state;
   std::atomic<int32_t> merged{KAM_STATUS_OK};  // the last error stored stands
 #pragma omp parallel num_threads(threads)
   {
+    const services::ThreadFloatState as_the_caller(float_state);
     // Setting the callback changes the mode, so the mode comes after it.
-    kamSetErrorCallBack(callers_callback);
-    kamSetMode(callers_mode);
-    set_base(base);
+    set_callback(callers_callback);
+    set_mode(callers_mode);
     set_status(KAM_STATUS_OK);
+    // A callback further out on this thread may have a base of its own.
+    const void* outer_base = std::exchange(thread_words().base, base);
 
     // Slices differ by one element at most, the longer ones first.
     const int32_t id = omp_get_thread_num();
@@ -48,11 +52,11 @@ void run_in_parallel(int32_t threads, SliceRunner run_slice, const void* call, i
       run_slice(call, length * id + longer, length);
     }
 
+    thread_words().base = outer_base;
     if (const int32_t error = status(); error != KAM_STATUS_OK) {
       merged.store(error, std::memory_order_relaxed);
     }
   }
-  set_base(nullptr);
   set_status(merged.load(std::memory_order_relaxed));
 }
 

@@ -1,10 +1,10 @@
 // Between a wrapper and a kernel: a threader runs the kernel over the whole vector, or over slices
 // of it on several threads when the vector is long enough to pay for them.
 //
-// On a fork every thread gets the caller's mode and callback. The status that the call leaves
-// behind is then that of some thread that met an error, else 0, and what an element in error does
-// to a thread (errno, exception flags) it does to the one that computed it. A call that runs in the
-// calling thread alone touches the status only for an error.
+// On a fork every thread gets the caller's mode, callback and floating-point control, and the caller
+// the exceptions that they raise. The status that the call leaves behind is then that of some thread
+// that met an error, else 0; errno is set on the thread that computed the element. A call that runs
+// in the calling thread alone touches the status only for an error.
 #pragma once
 
 #include <stdint.h>

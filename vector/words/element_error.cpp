@@ -1,10 +1,12 @@
-#include "vector/words/element_error.h"
+#include "vector/words/kernel_hooks.h"
 
 #include <bit>
+#include <utility>
 
 #include "services/bounded_string.h"
 #include "services/messages.h"
 #include "services/platform/platform.h"
+#include "services/threads/float_state.h"
 #include "vector/words/thread_words.h"
 
 namespace orba::vector {
@@ -107,23 +109,12 @@ void print_error(const KamErrorContext& context) {
   }
 }
 
-// x87 environment as fnstenv stores it in 64-bit mode.
-struct X87Environment {
-  uint32_t control;  // 16 bits, the rest reserved; so too the next two
-  uint32_t status;
-  uint32_t tag;
-  uint32_t instruction_pointer[2];
-  uint32_t data_pointer[2];
-};
-static_assert(sizeof(X87Environment) == 28);
-
 // The exception flags have the same bit numbers in the status word as their masks in the control
 // word.
 constexpr uint32_t kX87Invalid = 0x01;
 constexpr uint32_t kX87DivideByZero = 0x04;
 constexpr uint32_t kX87Overflow = 0x08;
 constexpr uint32_t kX87Underflow = 0x10;
-constexpr uint32_t kX87All = 0x3F;
 
 uint32_t x87_flag_of(int32_t code) {
   switch (code) {
@@ -152,15 +143,15 @@ uint32_t x87_unmasked_by(uint32_t mode) {
 // operation that would really fail.
 void raise_exception(int32_t code, uint32_t mode) {
   const uint32_t flag = x87_flag_of(code);
-  X87Environment environment;
+  services::X87Environment environment;
   asm volatile("fnstenv %0" : "=m"(environment));
 
-  X87Environment pending = environment;
+  services::X87Environment pending = environment;
   pending.control &= ~x87_unmasked_by(mode);
-  pending.status = (pending.status & ~kX87All) | flag;
+  pending.status = (pending.status & ~services::kFloatExceptions) | flag;
   asm volatile("fldenv %0\n\tfwait" : : "m"(pending));  // traps at the wait
 
-  environment.control |= kX87All;
+  environment.control |= services::kFloatExceptions;
   environment.status |= flag;
   asm volatile("fldenv %0" : : "m"(environment));
 }
@@ -177,7 +168,8 @@ void handle(int32_t code, int32_t index, Elements<const Real, kParts> a,
   KamErrorContext context = {};
   context.code = code;
   context.index = index;
-  if (const void* base = thread_words().base) {
+  KamThreadWords& words = thread_words();
+  if (const void* base = words.base) {
     const ptrdiff_t bytes = reinterpret_cast<const char*>(a.first) - static_cast<const char*>(base);
     context.index += static_cast<int32_t>(bytes / static_cast<ptrdiff_t>(kParts * sizeof(Real)));
   }
@@ -194,8 +186,12 @@ void handle(int32_t code, int32_t index, Elements<const Real, kParts> a,
   }
 
   if ((error_mode & KAM_ERRMODE_CALLBACK) != 0) {
+    // What the callback calls in its turn starts from arrays of its own.
     const KamErrorCallBack user_callback = callback();
-    if (user_callback != nullptr && user_callback(&context) != 0) return;
+    const void* base = std::exchange(words.base, nullptr);
+    const bool finished = user_callback != nullptr && user_callback(&context) != 0;
+    words.base = base;
+    if (finished) return;
   }
 
   constexpr uint32_t kReactions = KAM_ERRMODE_NOERR | KAM_ERRMODE_EXCEPT | KAM_ERRMODE_STDERR |

@@ -9,23 +9,11 @@
 
 namespace {
 
-using orba::vector::thread_words;
+using orba::vector::set_callback;
+using orba::vector::set_mode;
 
-uint32_t set_mode(uint32_t request) {
-  const uint32_t old = orba::vector::mode();
-  thread_words().mode = orba::vector::merge_mode(old, request);
-  return old;
-}
-
-int32_t set_status(int32_t status) { return std::exchange(thread_words().status, status); }
-
-// The callback's mode bit follows the pointer through the ordinary merge. So clearing it from an
-// error field that holds nothing else leaves the field as it is.
-KamErrorCallBack set_callback(KamErrorCallBack callback) {
-  constexpr uint32_t kBit = KAM_ERRMODE_CALLBACK;
-  const uint32_t mode = orba::vector::mode();
-  set_mode(callback != nullptr ? mode | kBit : mode & ~kBit);
-  return std::exchange(thread_words().callback, callback);
+int32_t exchange_status(int32_t status) {
+  return std::exchange(orba::vector::thread_words().status, status);
 }
 
 }  // namespace
@@ -34,10 +22,10 @@ ORBA_EXPORT uint32_t kamSetMode(uint32_t mode) { return set_mode(mode); }
 ORBA_EXPORT uint32_t kamsetmode(const uint32_t* mode) { return set_mode(*mode); }
 ORBA_EXPORT uint32_t kamGetMode(void) { return orba::vector::mode(); }
 
-ORBA_EXPORT int32_t kamSetErrStatus(int32_t status) { return set_status(status); }
-ORBA_EXPORT int32_t kamseterrstatus(const int32_t* status) { return set_status(*status); }
+ORBA_EXPORT int32_t kamSetErrStatus(int32_t status) { return exchange_status(status); }
+ORBA_EXPORT int32_t kamseterrstatus(const int32_t* status) { return exchange_status(*status); }
 ORBA_EXPORT int32_t kamGetErrStatus(void) { return orba::vector::status(); }
-ORBA_EXPORT int32_t kamClearErrStatus(void) { return set_status(KAM_STATUS_OK); }
+ORBA_EXPORT int32_t kamClearErrStatus(void) { return exchange_status(KAM_STATUS_OK); }
 
 ORBA_EXPORT KamErrorCallBack kamSetErrorCallBack(KamErrorCallBack callback) {
   return set_callback(callback);

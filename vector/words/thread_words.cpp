@@ -2,6 +2,8 @@
 
 #include <string.h>
 
+#include <utility>
+
 #include "services/environment.h"
 #include "services/module.h"
 #include "services/spin_lock.h"
@@ -101,6 +103,19 @@ uint32_t merge_mode(uint32_t old, uint32_t request) noexcept {
     if ((request & group) != 0) old = (old & ~group) | (request & group);
   }
   return old;
+}
+
+uint32_t set_mode(uint32_t request) noexcept {
+  const uint32_t old = mode();
+  thread_words().mode = merge_mode(old, request);
+  return old;
+}
+
+KamErrorCallBack set_callback(KamErrorCallBack callback) noexcept {
+  constexpr uint32_t kBit = KAM_ERRMODE_CALLBACK;
+  const uint32_t old = mode();
+  set_mode(callback != nullptr ? old | kBit : old & ~kBit);
+  return std::exchange(thread_words().callback, callback);
 }
 
 bool parse_mode(const char* text, uint32_t* value) noexcept {

@@ -36,10 +36,16 @@ inline uint32_t mode() noexcept {
 inline int32_t status() noexcept { return thread_words().status; }
 inline void set_status(int32_t value) noexcept { thread_words().status = value; }
 inline KamErrorCallBack callback() noexcept { return thread_words().callback; }
-inline void set_base(const void* base) noexcept { thread_words().base = base; }
 
 // Field-wise merge of `request` into `old`: a group of zero keeps what is there.
 uint32_t merge_mode(uint32_t old, uint32_t request) noexcept;
+
+// Merges into the thread's mode and returns the old word.
+uint32_t set_mode(uint32_t request) noexcept;
+
+// Returns the old pointer. The callback's mode bit follows the pointer through the ordinary merge,
+// so clearing it from an error field that holds nothing else leaves the field as it is.
+KamErrorCallBack set_callback(KamErrorCallBack callback) noexcept;
 
 // Value of a mode string ("KAM_HA,KAM_ERRMODE_ERRNO"); false when it is malformed.
 bool parse_mode(const char* text, uint32_t* value) noexcept;

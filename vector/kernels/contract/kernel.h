@@ -32,10 +32,9 @@
 // so a result depends on the value and the mode alone.
 #pragma once
 
-#include "services/platform/platform.h"
 #include "vector/kernels/contract/environment.h"
 #include "vector/kernels/contract/pack.h"
-#include "vector/words/element_error.h"
+#include "vector/words/kernel_hooks.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {

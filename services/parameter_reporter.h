@@ -3,7 +3,7 @@
 
 #include <stdint.h>
 
-namespace orba::vector {
+namespace orba::services {
 
 using ParameterReporter = void (*)(const char* name, const int32_t* position, int32_t name_length);
 
@@ -20,4 +20,4 @@ bool install_reporter(ParameterReporter reporter) noexcept;
 // The prints of the default reporter.
 void default_reporter(const char* name, const int32_t* position, int32_t name_length);
 
-}  // namespace orba::vector
+}  // namespace orba::services

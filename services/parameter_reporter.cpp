@@ -1,4 +1,4 @@
-#include "vector/frame/parameter_reporter.h"
+#include "services/parameter_reporter.h"
 
 #include <stddef.h>
 
@@ -7,13 +7,11 @@
 
 #include "services/bounded_string.h"
 #include "services/messages.h"
-#include "services/spin_lock.h"
 
-namespace orba::vector {
+namespace orba::services {
 namespace {
 
 constinit std::atomic<ParameterReporter> reporter_slot{nullptr};
-constinit services::SpinLock reporter_lock;
 
 // Positions that stand for a condition instead of an argument's number.
 enum SpecialPosition : int32_t {
@@ -28,11 +26,8 @@ constexpr int32_t kNameCharacters = 20;  // shown of a function's name
 }  // namespace
 
 bool install_reporter(ParameterReporter reporter) noexcept {
-  if (reporter_slot.load(std::memory_order_acquire) != nullptr) return false;
-  services::SpinGuard guard(reporter_lock);
-  if (reporter_slot.load(std::memory_order_relaxed) != nullptr) return false;
-  reporter_slot.store(reporter, std::memory_order_release);
-  return true;
+  ParameterReporter none = nullptr;
+  return reporter_slot.compare_exchange_strong(none, reporter, std::memory_order_acq_rel);
 }
 
 void install_default_reporter() noexcept { install_reporter(default_reporter); }
@@ -46,33 +41,33 @@ void report_parameter(const char* name, const int32_t* position, int32_t name_le
 void default_reporter(const char* name, const int32_t* position, int32_t name_length) {
   if (name_length < 0) return;
   char shown[kNameCharacters + 2];
-  services::copy_string(shown, sizeof shown, name,
-                        static_cast<size_t>(std::min(name_length, kNameCharacters)));
+  copy_string(shown, sizeof shown, name,
+              static_cast<size_t>(std::min(name_length, kNameCharacters)));
 
-  constexpr auto kKind = services::MessageKind::error;
-  services::print_message(kKind, services::kMessageNewline, 0);
+  constexpr auto kKind = MessageKind::error;
+  print_message(kKind, kMessageNewline, 0);
   switch (const int32_t number = *position) {
     case kPositionInsufficientWorkspace:
-      services::print_message(kKind, services::kMessageInsufficientWorkspace, 1, shown);
+      print_message(kKind, kMessageInsufficientWorkspace, 1, shown);
       break;
     case kPositionIncompatibleOptional:
-      services::print_message(kKind, services::kMessageIncompatibleOptional, 1, shown);
+      print_message(kKind, kMessageIncompatibleOptional, 1, shown);
       break;
     case kPositionNoWorkMemory:
-      services::print_message(kKind, services::kMessageNoWorkMemory, 1, shown);
+      print_message(kKind, kMessageNoWorkMemory, 1, shown);
       break;
     case kPositionCoprocessor:
-      services::print_message(kKind, services::kMessageCoprocessor, 1, shown);
+      print_message(kKind, kMessageCoprocessor, 1, shown);
       break;
     default:
       if (number > 0) {
-        services::print_message(kKind, services::kMessageBadParameter, 2, number, shown);
+        print_message(kKind, kMessageBadParameter, 2, number, shown);
       } else {
         // Negated without a sign: the smallest number has no positive counterpart.
         const auto condition = static_cast<int32_t>(0u - static_cast<uint32_t>(number));
-        services::print_message(kKind, services::kMessageInternalCondition, 2, condition, shown);
+        print_message(kKind, kMessageInternalCondition, 2, condition, shown);
       }
   }
 }
 
-}  // namespace orba::vector
+}  // namespace orba::services

@@ -1,12 +1,15 @@
-// What kernels call for an element that failed, and how they read the mode. Plain functions only:
-// kernel sources are compiled for newer processors and must not emit code that others could run.
+// What code that is built for one processor class may call of the vector layer: for an element that
+// failed, and to read the mode. Plain functions only: such code is compiled for newer processors and
+// must not emit any that others could run.
 #pragma once
 
 #include <stdint.h>
 
+#include "services/platform/kernel_hooks.h"
+
 namespace orba::vector {
 
-// The mode word of this thread, for kernels.
+// The mode word of this thread, which heads the words in its slot once they are there and set.
 uint32_t kernel_mode() noexcept;
 
 // One element in error: by the mode it sets the status, runs the callback, sets errno, prints,
