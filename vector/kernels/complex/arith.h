@@ -32,11 +32,18 @@ ORBA_INLINE double scaled(double x, int k) {
   return x * pow2(third) * pow2(third) * pow2(k - 2 * third);
 }
 
+// The value of a pair; a zero keeps the sign that the head has as a sum of products.
+ORBA_INLINE double total(Pair<double> x) { return x.lo == 0 ? x.hi : x.hi + x.lo; }
+template <class V>
+ORBA_INLINE V total(Pair<V> x) {
+  return select(x.lo == V(0), x.hi, x.hi + x.lo);
+}
+
 // (x.hi + x.lo) * 2^k, rounded once: a result in the denormal range is rounded to its last place
 // before it is scaled, by adding and taking off a number whose unit is that place. The head has up
 // to 52 places, the rest at most one, of either sign.
 ORBA_INLINE double rounded(Pair<double> x, int k) {
-  const double sum = x.hi + x.lo;
+  const double sum = total(x);
   if (sum == 0) return sum;
   const int exponent = exponent_of(sum) + k;
   if (k > 0 || exponent >= -1022 || exponent < -1076) return scaled(sum, k);
@@ -63,7 +70,9 @@ ORBA_INLINE Pair<V> quotient(Pair<V> n, Pair<V> d, V recip) {
 }
 
 // a * b. Finite parts: both factors are brought near 1, each part is a sum of two products in pair
-// arithmetic, rounded once; infinite and NaN parts as C99, Annex G.5.1.
+// arithmetic, rounded once; infinite and NaN parts as C99, Annex G.5.1. A product overflows where
+// it is infinite as a Part.
+template <class Part>
 ORBA_COLD Z multiply(const Z& a, const Z& b) {
   if (finite(a) && finite(b)) {
     const bool zero = (a.real == 0 && a.imag == 0) || (b.real == 0 && b.imag == 0);
@@ -92,6 +101,13 @@ ORBA_COLD Z multiply(const Z& a, const Z& b) {
     zero_nan(x.real), zero_nan(x.imag);
     recover = true;
   }
+  const auto overflows = [](double p) { return is_inf(static_cast<double>(static_cast<Part>(p))); };
+  if (!recover && (overflows(x.real * y.real) || overflows(x.imag * y.imag) ||
+                   overflows(x.real * y.imag) || overflows(x.imag * y.real))) {
+    zero_nan(x.real), zero_nan(x.imag);
+    zero_nan(y.real), zero_nan(y.imag);
+    recover = true;
+  }
   if (!recover) return r;
   const double infinity = __builtin_inf();
   return {infinity * (x.real * y.real - x.imag * y.imag),
@@ -99,16 +115,19 @@ ORBA_COLD Z multiply(const Z& a, const Z& b) {
 }
 
 // a / b. A zero divisor multiplies the parts of a by infinity; a divisor with one zero part divides
-// by the other; otherwise a*conj(b)/|b|^2 in pair arithmetic on numbers near 1. Infinite and NaN
-// parts as C99, Annex G.5.1.
+// by the other, a zero part of the result keeping the sign of the formula; otherwise
+// a*conj(b)/|b|^2 in pair arithmetic on numbers near 1. Infinite and NaN parts as C99, Annex G.5.1.
 ORBA_COLD Z divide(const Z& a, const Z& b) {
   const double infinity = __builtin_inf();
   if (b.real == 0 && b.imag == 0) return {a.real * infinity, a.imag * infinity};
   if (finite(a) && finite(b)) {
-    if (b.imag == 0) return {a.real / b.real, a.imag / b.real};
-    if (b.real == 0) return {a.imag / b.imag, -a.real / b.imag};
-    if (a.real == 0 && a.imag == 0)
-      return {a.real * b.real + a.imag * b.imag, a.imag * b.real - a.real * b.imag};
+    if (b.real == 0 || b.imag == 0 || (a.real == 0 && a.imag == 0)) {
+      const bool real = b.imag == 0;
+      const double re = real ? a.real / b.real : a.imag / b.imag;
+      const double im = real ? a.imag / b.real : -a.real / b.imag;
+      return {(real ? a.real : a.imag) == 0 ? a.real * b.real + a.imag * b.imag : re,
+              (real ? a.imag : a.real) == 0 ? a.imag * b.real - a.real * b.imag : im};
+    }
     const int ka = exponent_of(a), kb = exponent_of(b);
     const Z x = scaled_down(a, ka), y = scaled_down(b, kb);
     const Pair<double> d = sum_of_products(y.real, y.real, y.imag, y.imag);

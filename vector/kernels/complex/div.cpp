@@ -27,6 +27,14 @@ ORBA_INLINE typename V::Mask far_from_one(Complex<V> z, typename V::Element low,
   return ~((size >= V(low)) & (abs(z.re) <= V(high)) & (abs(z.im) <= V(high)));
 }
 
+// Lanes where a divisor with one zero part meets a dividend with a tiny one, whose product with the
+// other part of the divisor is lost: the callout divides part by part.
+template <class V>
+ORBA_INLINE typename V::Mask loses_part(Complex<V> a, Complex<V> b, typename V::Element tiny) {
+  const V part = min(abs(a.re), abs(a.im));
+  return (b.re * b.im == V(0)) & (part < V(tiny)) & (part != V(0));
+}
+
 template <class E>
 struct DivBase {
   using In = E;
@@ -73,12 +81,13 @@ struct DivInDouble : DivBase<KamComplex8> {
 struct DivPairs : DivBase<KamComplex16> {
   ORBA_INLINE static Pairs<F64> eval(Pairs<F64> a, Pairs<F64> b, M64& flag) {
     const Complex<F64> x = split(a), y = split(b);
-    flag = flag | far_from_one(x, pow2(-400), pow2(400)) | far_from_one(y, pow2(-400), pow2(400));
+    flag = flag | far_from_one(x, pow2(-400), pow2(400)) | far_from_one(y, pow2(-400), pow2(400)) |
+           loses_part(x, y, pow2(-500));
     const Pair<F64> d = sum_of_products(y.re, y.re, y.im, y.im);
     const F64 recip = F64(1) / d.hi;
     const Pair<F64> re = quotient(sum_of_products(x.re, y.re, x.im, y.im), d, recip);
     const Pair<F64> im = quotient(sum_of_products(x.im, y.re, negate(x.re), y.im), d, recip);
-    return join(Complex<F64>{re.hi + re.lo, im.hi + im.lo});
+    return join(Complex<F64>{total(re), total(im)});
   }
 };
 
@@ -89,9 +98,11 @@ struct DivFast : DivBase<E> {
                                               : static_cast<typename V::Element>(pow2(-50));
   static constexpr auto high = sizeof(E) == 16 ? static_cast<typename V::Element>(pow2(400))
                                                : static_cast<typename V::Element>(pow2(50));
+  static constexpr auto tiny = sizeof(E) == 16 ? static_cast<typename V::Element>(pow2(-500))
+                                               : static_cast<typename V::Element>(pow2(-60));
   ORBA_INLINE static Pairs<V> eval(Pairs<V> a, Pairs<V> b, typename V::Mask& flag) {
     const Complex<V> x = split(a), y = split(b);
-    flag = flag | far_from_one(x, low, high) | far_from_one(y, low, high);
+    flag = flag | far_from_one(x, low, high) | far_from_one(y, low, high) | loses_part(x, y, tiny);
     const V d = mul_add(y.re, y.re, y.im * y.im);
     const V recip = recip_ep(d);
     return join(Complex<V>{mul_add(x.re, y.re, x.im * y.im) * recip,
