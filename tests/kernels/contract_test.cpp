@@ -15,6 +15,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include "tests/accuracy/special_values.h"
 #include "tests/support/kernel_subjects.h"
 
 namespace orba::test {
@@ -98,50 +99,21 @@ bool same_bits(const Real* x, const Real* y, size_t count) {
   return count == 0 || std::memcmp(x, y, count * sizeof(Real)) == 0;
 }
 
-// One element that a function reports. Functions without a row here never report.
-struct ErrorCase {
-  std::string_view function;
-  bool complex;
-  double a, b;  // both parts of a complex number; 1 stands for the type's largest number in `huge`
-  bool huge_a, huge_b;
-  int status;
-};
-constexpr ErrorCase kErrorCases[] = {
-    {"Div", false, 1, 0, false, false, KAM_STATUS_SING},
-    {"Inv", false, 0, 0, false, false, KAM_STATUS_SING},
-    {"Sqrt", false, -1, 0, false, false, KAM_STATUS_ERRDOM},
-    {"InvSqrt", false, -1, 0, false, false, KAM_STATUS_ERRDOM},
-    {"Exp", false, 1000, 0, false, false, KAM_STATUS_OVERFLOW},
-    {"Expm1", false, 1000, 0, false, false, KAM_STATUS_OVERFLOW},
-    {"Ln", false, -1, 0, false, false, KAM_STATUS_ERRDOM},
-    {"Log10", false, 0, 0, false, false, KAM_STATUS_SING},
-    {"Log1p", false, -1, 0, false, false, KAM_STATUS_SING},
-    {"Add", true, 1, 1, true, true, KAM_STATUS_OVERFLOW},
-    {"Sub", true, 1, -1, true, true, KAM_STATUS_OVERFLOW},
-    {"Mul", true, 1, 1, true, true, KAM_STATUS_OVERFLOW},
-    {"MulByConj", true, 1, 1, true, true, KAM_STATUS_OVERFLOW},
-    {"Div", true, 1, 1e-5, true, false, KAM_STATUS_OVERFLOW},
-};
-
-// The case of a cell, null when it never reports.
-const ErrorCase* find_error_case(const Subject& subject, const Cell& cell) {
-  const bool sum = subject.complex() && (std::string_view(subject.function) == "Add" ||
-                                         std::string_view(subject.function) == "Sub");
+// The first special value that a cell reports, null when it never does.
+template <class Real>
+const Special<Real>* find_error_case(const Subject& subject, const Cell& cell) {
   // Class 1 has one kernel for all accuracies.
-  if (sum && cell.accuracy == KAM_EP && cell.classes[0] != 1) return nullptr;
-  for (const ErrorCase& error : kErrorCases) {
-    if (error.function == subject.function && error.complex == subject.complex()) return &error;
+  const uint32_t accuracy = cell.classes[0] == 1 ? uint32_t{KAM_HA} : cell.accuracy;
+  for (const Special<Real>& special : special_values<Real>()) {
+    if (special.status != KAM_STATUS_OK && special.applies(subject, accuracy)) return &special;
   }
   return nullptr;
 }
 
 template <class Real>
-void put_error(const Subject& subject, const ErrorCase& error, Inputs<Real>& inputs, int at) {
-  constexpr double kMost = std::numeric_limits<Real>::max();
-  for (int part = 0; part < subject.parts(); ++part) {
-    inputs.a[at * subject.parts() + part] = static_cast<Real>(error.a * (error.huge_a ? kMost : 1));
-    inputs.b[at * subject.parts() + part] = static_cast<Real>(error.b * (error.huge_b ? kMost : 1));
-  }
+void put_error(const Subject& subject, const Special<Real>& error, Inputs<Real>& inputs, int at) {
+  std::copy_n(error.a, subject.parts(), &inputs.a[at * subject.parts()]);
+  std::copy_n(error.b, subject.parts(), &inputs.b[at * subject.parts()]);
 }
 
 // Real sums and products, which report nothing, leave the rounding mode and the treatment of
@@ -383,7 +355,7 @@ TEST_P(Contract, ReportsElementsInError) {
   for_each_kernel([&]<class Type>(Type, const Cell& cell, vector::KamKernel kernel) {
     using Real = typename Type::Real;
     const int parts = subject.parts();
-    const ErrorCase* error = find_error_case(subject, cell);
+    const Special<Real>* error = find_error_case<Real>(subject, cell);
     for (const int n : {1, 7, 33, kMaxCount}) {
       Inputs<Real> inputs(subject, n, error == nullptr);
       std::vector<int> wrong;
