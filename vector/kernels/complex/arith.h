@@ -34,9 +34,8 @@ ORBA_INLINE double scaled(double x, int k) {
 
 // The value of a pair; a zero keeps the sign that the head has as a sum of products.
 ORBA_INLINE double total(Pair<double> x) { return x.lo == 0 ? x.hi : x.hi + x.lo; }
-template <class V>
-ORBA_INLINE V total(Pair<V> x) {
-  return select(x.lo == V(0), x.hi, x.hi + x.lo);
+ORBA_INLINE F64 total(Pair<F64> x) {
+  return as_float(as_bits(x.hi + x.lo) | (as_bits(x.hi) & I64(INT64_MIN)));
 }
 
 // (x.hi + x.lo) * 2^k, rounded once: a result in the denormal range is rounded to its last place
@@ -60,13 +59,16 @@ ORBA_INLINE Z scaled_down(const Z& z, int k) {
   return {z.real * pow2(half) * pow2(-k - half), z.imag * pow2(half) * pow2(-k - half)};
 }
 
-// n / d of pairs, with recip near 1/d.hi: one step on the residual.
+// n / d of pairs is value - excess*recip, with recip near 1/d.hi. No zero in it has the wrong sign.
 template <class V>
-ORBA_INLINE Pair<V> quotient(Pair<V> n, Pair<V> d, V recip) {
+struct Quotient {
+  V value, excess;
+};
+template <class V>
+ORBA_INLINE Quotient<V> quotient(Pair<V> n, Pair<V> d, V recip) {
   const V q = n.hi * recip;
   const Pair<V> back = two_product(q, d.hi);
-  const V residual = ((n.hi - back.hi) - back.lo) + (n.lo - q * d.lo);
-  return {q, residual * recip};
+  return {q, ((back.hi - n.hi) + back.lo) + (q * d.lo - n.lo)};
 }
 
 // a * b. Finite parts: both factors are brought near 1, each part is a sum of two products in pair
@@ -132,9 +134,10 @@ ORBA_COLD Z divide(const Z& a, const Z& b) {
     const Z x = scaled_down(a, ka), y = scaled_down(b, kb);
     const Pair<double> d = sum_of_products(y.real, y.real, y.imag, y.imag);
     const double recip = 1.0 / d.hi;
-    const Pair<double> re = quotient(sum_of_products(x.real, y.real, x.imag, y.imag), d, recip);
-    const Pair<double> im = quotient(sum_of_products(x.imag, y.real, -x.real, y.imag), d, recip);
-    return {rounded(re, ka - kb), rounded(im, ka - kb)};
+    const auto re = quotient(sum_of_products(x.real, y.real, x.imag, y.imag), d, recip);
+    const auto im = quotient(sum_of_products(x.imag, y.real, -x.real, y.imag), d, recip);
+    return {rounded({re.value, -re.excess * recip}, ka - kb),
+            rounded({im.value, -im.excess * recip}, ka - kb)};
   }
   if (infinite(a) && finite(b)) {
     const double x = __builtin_copysign(is_inf(a.real) ? 1.0 : 0.0, a.real);

@@ -116,10 +116,13 @@ struct MulKahan : MulBase<KamComplex16, conjugate> {
   }
 };
 
-// Without FMA factors are split, and their tails may be flushed too.
-ORBA_INLINE M64 lost_tails(Complex<F64> split_one, Complex<F64> other) {
-  return (abs(split_one.re) + abs(split_one.im) < F64(pow2(kLowestPairs))) & non_zero(split_one) &
-         non_zero(other);
+// Without FMA factors are split as well: their tails may be flushed, and splitting makes a NaN of a
+// large number, beside a zero too.
+ORBA_INLINE M64 out_of_split_range(Complex<F64> a, Complex<F64> b, Complex<F64> r) {
+  const F64 lowest = pow2(kLowestPairs), size = abs(r.re) + abs(r.im);
+  const F64 smaller = min(abs(a.re) + abs(a.im), abs(b.re) + abs(b.im));
+  return (((size < lowest) | (smaller < lowest)) & (smaller != F64(0))) |
+         ~(size < F64(__builtin_inf()));
 }
 
 template <bool conjugate>
@@ -130,9 +133,10 @@ struct MulPairs : MulBase<KamComplex16, conjugate> {
     const Pair<F64> re = sum_of_products(x.re, y.re, negate(x.im), y.im);
     const Pair<F64> im = sum_of_products(x.re, y.im, x.im, y.re);
     const Complex<F64> r{total(re), total(im)};
-    flag = flag | out_of_range<kLowestPairs>(x, y, r);
-    if constexpr (!kFused)  // splitting makes a NaN of a large number, beside a zero too
-      flag = flag | not_finite(r) | lost_tails(x, y) | lost_tails(y, x);
+    if constexpr (kFused)
+      flag = flag | out_of_range<kLowestPairs>(x, y, r);
+    else
+      flag = flag | out_of_split_range(x, y, r);
     return join(r);
   }
 };
