@@ -58,15 +58,15 @@ ORBA_COLD int32_t sqrt_callout(const double* a, double* r) {
   return kOk;
 }
 
-// Arguments between these powers of two take the vector path. The residual of HA, 2^-52 (2^-23) of
-// the argument or less, is normal there, or so small that it may be flushed.
+// Arguments between these powers of two take the vector path. A residual of HA that is denormal
+// there, and may be flushed, is that of a correctly rounded root.
 struct Domain {
   uint32_t low, high;  // of the high word
 };
 constexpr Domain kDomain = {0x00100000, 0x7fcfffff};               // [2^-1022, 2^1022)
-constexpr Domain kResidualDomain = {0x04000000, 0x7fcfffff};       // [2^-959, 2^1022)
+constexpr Domain kResidualDomain = {0x03500000, 0x7fcfffff};       // [2^-970, 2^1022)
 constexpr Domain kFloatDomain = {0x00800000, 0x7f7fffff};          // all normal numbers
-constexpr Domain kFloatResidualDomain = {0x11000000, 0x7f7fffff};  // from 2^-93 on
+constexpr Domain kFloatResidualDomain = {0x0c800000, 0x7f7fffff};  // from 2^-102 on
 
 template <class V>
 struct SqrtHardware {
