@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -10,7 +11,8 @@
 
 namespace orba::test {
 
-// Arguments between two numbers, sampled through their bit patterns: each binade gets its share.
+// Arguments between two numbers. Spans with an infinite end are sampled binade by binade, denormal
+// ones too, each with an equal share near both of its ends and inside; others evenly.
 struct Span {
   double low, high;
 };
@@ -24,16 +26,22 @@ struct Limits {
   Measure measure;
   double ha, la;  // units in the last place
   double ep;      // relative error, of a complex result against its larger part
+  int points;     // random ones in the tests, in thousands
   // Arguments of functions of one input. Functions of two inputs get pairs whose exponents are
   // independent, near each other, or such that the product or quotient is at the edge of the range.
   std::vector<Span> spans;
-  // Points, of either sign, whose neighbours are all tried: 10,000 on each side. For functions of
+  // Points, of either sign, whose neighbours are all tried: 4000 on each side. For functions of
   // two inputs they are values of the second input.
   std::vector<double> near;
   struct Plot {
     Axis axis;
     double low, high;
+    // A second panel shows the errors by the distance from here, on either side.
+    std::optional<double> zoom = {};
   } plot;
+
+  // The shortest distance from the zoom point that shows, as a power of two.
+  double zoom_low() const { return *plot.zoom == 0 ? -64 : type == 's' ? -24 : -53; }
 
   double limit(uint32_t accuracy) const {
     return accuracy == KAM_HA ? ha : accuracy == KAM_LA ? la : ep;

@@ -12,9 +12,9 @@ namespace {
 struct Contender {
   vector::KamKernel kernel;
   uint32_t accuracy;
-  bool newest = false;
-  Outcome outcome{};
-  std::vector<double>* profile = nullptr;
+  bool callout;
+  bool flushes = true;  // when the mode says so
+  Outcome kept{}, flushed{};
 };
 
 struct Report {
@@ -27,125 +27,162 @@ class Measurer {
  public:
   using Real = typename Type::Real;
 
-  Measurer(const Subject& subject, const Limits& limits, const Oracle& oracle, const Plan& plan)
+  Measurer(const Subject& subject, const Limits& limits, const Oracle& oracle)
       : subject_(subject),
         limits_(limits),
         oracle_(oracle),
-        plan_(plan),
         evaluator_(oracle, limits.measure),
         parts_(subject.parts()),
         wide_(kWidens && oracle.wide != nullptr && subject.operands() == 1),
-        references_(kBatch * parts_),
+        exact_(kBatch * parts_),
+        exact_flushed_(kBatch * parts_),
         results_(kBatch * parts_),
-        slices_(kBatch) {}
+        flushed_inputs_{0, std::vector<Real>(kBatch * parts_), std::vector<Real>(kBatch * parts_)} {
+  }
 
-  Measurement run() {
+  Measurement run(int64_t points, bool profile) {
     Measurement measurement;
-    find_contenders(measurement.profile);
+    std::vector<size_t> contender_of;
+    for (const Cell& cell : cells(subject_)) {
+      measurement.all.push_back({cell, false, {}, {}});
+      contender_of.push_back(enter(cell, subject_.kernel(cell.classes[0], cell.accuracy), false));
+    }
+    for (const int kernel_class : live_classes()) {
+      measurement.all.push_back({{KAM_HA, {kernel_class}}, true, {}, {}});
+      contender_of.push_back(
+          enter(measurement.all.back().cell, callouts_of(subject_, kernel_class), true));
+    }
+    if (profile) {
+      for (Profile* p : {&measurement.whole, &measurement.zoom}) {
+        p->ha = p->la = p->ep = std::vector<double>(kProfileSlices, -1);
+      }
+      profiled_ = &measurement;
+    }
     Sampler<Real, Measurer> sampler(limits_, parts_, subject_.operands(), *this);
-    sampler.run(plan_.points);
-    if constexpr (kWidens) {
-      if (plan_.exhaustive && wide_) {
-        newest_only_ = measurement.exhaustive = true;
-        profile_ = nullptr;
-        sampler.run_exhaustively();
+    sampler.run(points);
+    for (Contender& contender : contenders_) {
+      for (Outcome* outcome : {&contender.kept, &contender.flushed}) {
+        flushed_ = outcome == &contender.flushed;
+        if (wide_) settle(outcome->ulp, false), settle(outcome->relative, true);
+        if (limits_.measure == Measure::kExact) outcome->relative = outcome->ulp;
       }
-    }
-    if (wide_) {
-      for (Contender& contender : contenders_) {
-        remeasure(contender.outcome.ulp, false);
-        remeasure(contender.outcome.relative, true);
-      }
-    }
-    if (limits_.measure == Measure::kExact) {
-      for (Contender& contender : contenders_) contender.outcome.relative = contender.outcome.ulp;
     }
     measurement.points = points_;
-    for (const int kernel_class : live_classes()) {
-      for (const uint32_t accuracy : kAccuracies) {
-        const auto it = find(subject_.kernel(kernel_class, accuracy));
-        measurement.outcome[vector::row_index(kernel_class, accuracy)] = it->outcome;
-      }
+    for (size_t i = 0; i < contender_of.size(); ++i) {
+      measurement.all[i].kept = contenders_[contender_of[i]].kept;
+      measurement.all[i].flushed = contenders_[contender_of[i]].flushed;
     }
     return measurement;
   }
 
   void operator()(const Batch<Real>& batch) {
-    const bool two = subject_.operands() == 2;
-    for (int i = 0; i < batch.count; ++i) {
-      Reference* reference = &references_[i * parts_];
-      if (wide_) {
-        if constexpr (kWidens) *reference = evaluator_.wide(batch.a[i]);
-      } else {
-        evaluator_.exact(&batch.a[i * parts_], &batch.b[i * parts_], reference);
-      }
-    }
-    if (profile_ != nullptr) {
-      for (int i = 0; i < batch.count; ++i) slices_[i] = slice(batch, i);
-    }
-    if (!newest_only_) points_ += batch.count;
+    find_exact_values(batch);
+    points_ += batch.count;
     for (Contender& contender : contenders_) {
-      if (newest_only_ && !contender.newest) continue;
-      std::fill(results_.begin(), results_.end(), static_cast<Real>(-0x1.234p+5));
-      // An exhaustive run meets 2^31 arguments out of the domain of some functions: no reports
-      // then.
-      if (newest_only_) {
-        const WordsScope words(contender.accuracy | KAM_ERRMODE_NOERR);
-        call<Type>(subject_, contender.kernel, batch.count, batch.a.data(), batch.b.data(),
-                   results_.data());
-      } else {
-        const Recorder recorder(contender.accuracy);
-        call<Type>(subject_, contender.kernel, batch.count, batch.a.data(),
-                   two ? batch.b.data() : nullptr, results_.data());
-        compare_reports(batch, contender);
-      }
-      compare_results(batch, contender);
+      try_on(batch, contender, false);
+      try_on(batch, contender, true);
     }
   }
 
  private:
   static constexpr bool kWidens = std::is_same_v<Type, vector::Type_s>;
   static constexpr double kEpsilon = std::numeric_limits<Real>::epsilon();
+  static constexpr Real kLowest = std::numeric_limits<Real>::min();
 
-  auto find(vector::KamKernel kernel) {
-    return std::find_if(contenders_.begin(), contenders_.end(),
-                        [&](const Contender& c) { return c.kernel == kernel; });
+  size_t enter(const Cell& cell, vector::KamKernel kernel, bool callout) {
+    for (size_t i = 0; i < contenders_.size(); ++i) {
+      if (contenders_[i].kernel == kernel) return i;
+    }
+    const bool flushes = oracle_.denormals == Denormals::kByMode ||
+                         (oracle_.denormals == Denormals::kByCaller && cell.classes[0] >= 2);
+    contenders_.push_back({kernel, cell.accuracy, callout, flushes});
+    return contenders_.size() - 1;
   }
 
-  void find_contenders(Profile& profile) {
-    for (const int kernel_class : live_classes()) {
-      for (const uint32_t accuracy : {KAM_LA, KAM_HA, KAM_EP}) {
-        const vector::KamKernel kernel = subject_.kernel(kernel_class, accuracy);
-        if (find(kernel) == contenders_.end()) {
-          contenders_.push_back({.kernel = kernel, .accuracy = static_cast<uint32_t>(accuracy)});
-        }
-        find(kernel)->newest |= kernel_class == live_classes().back();
+  // The stand-in has found the place.
+  void settle(Peak& peak, bool relative) {
+    if constexpr (kWidens) {
+      const double argument = peak.a[0];
+      if (flushed_ && std::abs(argument) < kLowest) peak.a[0] = std::copysign(0.0, argument);
+      remeasure(evaluator_, peak, relative);
+      peak.a[0] = argument;
+    }
+  }
+
+  // Those of the flushed arguments differ where there are denormal ones.
+  void find_exact_values(const Batch<Real>& batch) {
+    for (int i = 0; i < batch.count; ++i) {
+      const int first = i * parts_;
+      exact_value(batch, i, &exact_[first]);
+      bool differs = false;
+      for (int at = first; at < first + parts_; ++at) {
+        const auto flush = [&](Real x) {
+          const bool denormal = x != 0 && std::abs(x) < kLowest;
+          differs |= denormal;
+          return denormal ? std::copysign(Real{0}, x) : x;
+        };
+        flushed_inputs_.a[at] = flush(batch.a[at]);
+        flushed_inputs_.b[at] = two() ? flush(batch.b[at]) : Real{0};
+      }
+      if (differs)
+        exact_value(flushed_inputs_, i, &exact_flushed_[first]);
+      else
+        std::copy_n(&exact_[first], parts_, &exact_flushed_[first]);
+    }
+  }
+  void exact_value(const Batch<Real>& batch, int i, Reference* references) {
+    if constexpr (kWidens) {
+      if (wide_) {
+        *references = evaluator_.wide(batch.a[i]);
+        return;
       }
     }
-    if (!plan_.profile) return;
-    for (std::vector<double>* curve : {&profile.ha, &profile.la, &profile.ep}) {
-      curve->assign(kProfileSlices, -1);
-    }
-    profile_ = &profile;
+    evaluator_.exact(&batch.a[i * parts_], &batch.b[i * parts_], references);
   }
 
-  void compare_results(const Batch<Real>& batch, Contender& contender) {
-    const int count = batch.count * parts_;
-    for (int i = 0; i < count; ++i) {
-      const Reference& reference = references_[i];
+  void try_on(const Batch<Real>& batch, Contender& contender, bool flush) {
+    std::fill(results_.begin(), results_.end(), static_cast<Real>(-0x1.234p+5));
+    flushed_ = flush && contender.flushes;
+    Outcome& outcome = flush ? contender.flushed : contender.kept;
+    {
+      const Recorder recorder(contender.accuracy |
+                              (flush ? KAM_DENORMALS_FLUSH : KAM_DENORMALS_KEEP));
+      call<Type>(subject_, contender.kernel, batch.count, batch.a.data(),
+                 two() ? batch.b.data() : nullptr, results_.data());
+      compare_reports(batch, contender, outcome);
+    }
+    if (!contender.callout) compare_without_errors(batch, contender, flush, outcome);
+    const Reference* exact = flushed_ ? exact_flushed_.data() : exact_.data();
+    for (int i = 0; i < batch.count * parts_; ++i) {
+      if (!takes(contender, batch, i / parts_)) continue;
+      const Reference& reference = exact[i];
+      if (flushed_ && results_[i] == 0 && may_be_zero(results_[i], reference, contender.accuracy)) {
+        continue;
+      }
       const double error = error_of(results_[i], reference);
-      if (error > contender.outcome.ulp.error) keep(contender.outcome.ulp, error, batch, i);
+      if (error > outcome.ulp.error) keep(outcome.ulp, error, batch, i);
       // A unit is at most kEpsilon of the value, which spares most divisions.
-      if ((error + 1) * kEpsilon <= contender.outcome.relative.error) continue;
+      if ((error + 1) * kEpsilon <= outcome.relative.error) continue;
       const double relative = relative_error(error, results_[i], reference);
-      if (relative > contender.outcome.relative.error) {
-        keep(contender.outcome.relative, relative, batch, i);
-      }
+      if (relative > outcome.relative.error) keep(outcome.relative, relative, batch, i);
     }
-    if (profile_ != nullptr && contender.newest) add_to_profile(batch, contender);
+    if (profiled_ != nullptr && !flush && !contender.callout) add_to_profiles(batch, contender);
+  }
+
+  // A value within the limit of the exact one is denormal.
+  bool may_be_zero(Real zero, const Reference& reference, uint32_t accuracy) const {
+    if (parts_ == 1 && std::signbit(zero) != std::signbit(reference.head)) return false;
+    const double limit = limits_.limit(accuracy);
+    const double slack = accuracy == KAM_EP ? limit * reference.size
+                                            : limit / reference.scale[0] / reference.scale[1];
+    return std::abs(reference.head) < static_cast<double>(kLowest) + slack;
   }
 
   double error_of(Real got, const Reference& reference) const {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    // Where the exact value is a zero of a real function, its sign is known.
+    const bool zero = parts_ == 1 && got == 0 && reference.head == 0 && reference.tail == 0;
+    if (zero && std::signbit(got) != std::signbit(reference.head)) return kInfinity;
     const double error = ulp_error(got, reference);
     if (limits_.measure != Measure::kExact) return error;
     return same_value(got, rounded<Real>(reference)) ? 0.0 : std::max(error, 1.0);
@@ -154,108 +191,131 @@ class Measurer {
   void keep(Peak& peak, double error, const Batch<Real>& batch, int at) {
     peak.error = error;
     const int first = at - at % parts_;
+    const Reference* exact = flushed_ ? exact_flushed_.data() : exact_.data();
     for (int part = 0; part < parts_; ++part) {
       peak.a[part] = static_cast<double>(batch.a[first + part]);
       peak.b[part] = static_cast<double>(batch.b[first + part]);
       peak.got[part] = static_cast<double>(results_[first + part]);
-      peak.wanted[part] = references_[first + part].head;
+      peak.wanted[part] = exact[first + part].head;
     }
   }
 
-  // The stand-in has found the place; the figure comes from MPFR.
-  void remeasure(Peak& peak, bool relative) {
-    if (peak.error == 0) return;
-    const auto a = static_cast<Real>(peak.a[0]);
-    const Real unused = 0;
-    Reference reference;
-    evaluator_.exact(&a, &unused, &reference);
-    const auto got = static_cast<Real>(peak.got[0]);
-    const double error = error_of(got, reference);
-    peak.error = relative ? relative_error(error, got, reference) : error;
-    peak.wanted[0] = reference.head;
+  Lane lane_of(const Contender& contender, const Batch<Real>& inputs, int i) const {
+    Lane lane{};
+    lane.accuracy = contender.accuracy;
+    lane.single = sizeof(Real) == 4;
+    for (int part = 0; part < parts_; ++part) {
+      lane.a[part] = static_cast<double>(inputs.a[i * parts_ + part]);
+      if (two()) lane.b[part] = static_cast<double>(inputs.b[i * parts_ + part]);
+      lane.overflow |= std::isinf(results_[i * parts_ + part]);
+    }
+    return lane;
+  }
+  bool takes(const Contender& contender, const Batch<Real>& batch, int i) const {
+    return !contender.callout || oracle_.callout_takes == nullptr ||
+           oracle_.callout_takes(lane_of(contender, batch, i));
   }
 
-  void compare_reports(const Batch<Real>& batch, Contender& contender) {
+  void compare_reports(const Batch<Real>& batch, const Contender& contender, Outcome& outcome) {
     expected_.clear();
+    const Batch<Real>& inputs = flushed_ ? flushed_inputs_ : batch;
     for (int i = 0; i < batch.count; ++i) {
-      Lane lane{};
-      lane.accuracy = contender.accuracy;
-      lane.single = sizeof(Real) == 4;
-      for (int part = 0; part < parts_; ++part) {
-        lane.a[part] = static_cast<double>(batch.a[i * parts_ + part]);
-        if (subject_.operands() == 2)
-          lane.b[part] = static_cast<double>(batch.b[i * parts_ + part]);
-        lane.overflow |= std::isinf(results_[i * parts_ + part]);
-      }
-      if (const int code = oracle_.status(lane); code != KAM_STATUS_OK)
-        expected_.push_back({i, code});
+      const int code = oracle_.status(lane_of(contender, inputs, i));
+      if (code != KAM_STATUS_OK && takes(contender, batch, i)) expected_.push_back({i, code});
     }
-    const std::vector<KamErrorContext>& seen = Recorder::reports();
+    std::vector<KamErrorContext>& seen = Recorder::reports();
+    std::erase_if(seen, [&](const auto& got) { return !takes(contender, batch, got.index); });
     const auto same = [](const Report& want, const KamErrorContext& got) {
       return want.index == got.index && want.code == got.code;
     };
     if (std::equal(expected_.begin(), expected_.end(), seen.begin(), seen.end(), same)) return;
-    ++contender.outcome.wrong_reports;
-    if (!contender.outcome.first_wrong_report.empty()) return;
+    ++outcome.wrong_reports;
+    if (!outcome.first_wrong_report.empty()) return;
     const auto [want, got] =
         std::mismatch(expected_.begin(), expected_.end(), seen.begin(), seen.end(), same);
     const int want_at = want != expected_.end() ? want->index : batch.count;
     const int got_at = got != seen.end() ? got->index : batch.count;
     Peak where;
     keep(where, 0, batch, std::min(want_at, got_at) * parts_);
-    contender.outcome.first_wrong_report =
-        describe(subject_, where) + " expected status " +
-        std::to_string(want_at <= got_at ? want->code : KAM_STATUS_OK) + ", reported " +
-        std::to_string(got_at <= want_at ? got->code : KAM_STATUS_OK);
+    outcome.first_wrong_report = describe(subject_, where) + " expected status " +
+                                 std::to_string(want_at <= got_at ? want->code : KAM_STATUS_OK) +
+                                 ", reported " +
+                                 std::to_string(got_at <= want_at ? got->code : KAM_STATUS_OK);
   }
 
-  // Slice of the plot's axis that an element falls into, -1 for none.
-  int slice(const Batch<Real>& batch, int i) const {
+  // Without error handling some functions take shorter roads: to the same results.
+  void compare_without_errors(const Batch<Real>& batch, const Contender& contender, bool flush,
+                              Outcome& outcome) {
+    const WordsScope words(contender.accuracy | KAM_ERRMODE_NOERR |
+                           (flush ? KAM_DENORMALS_FLUSH : KAM_DENORMALS_KEEP));
+    std::vector<Real> with = results_;
+    call<Type>(subject_, contender.kernel, batch.count, batch.a.data(), batch.b.data(),
+               results_.data());
+    const auto end = results_.begin() + batch.count * parts_;
+    const auto other = std::mismatch(results_.begin(), end, with.begin(), same_value<Real>).first;
+    if (other != end || vector::status() != KAM_STATUS_OK) {
+      Peak where;
+      keep(where, 0, batch, static_cast<int>(std::min(other, end - 1) - results_.begin()));
+      if (outcome.wrong_reports++ == 0) {
+        outcome.first_wrong_report = describe(subject_, where) + " without error handling";
+      }
+    }
+    results_.swap(with);
+  }
+
+  // Place of an element on the axis of the plot, and on that of its zoom panel: 0 to 1, or outside.
+  double place(const Batch<Real>& batch, int i) const {
     double x = static_cast<double>(batch.a[i * parts_]);
-    if (limits_.plot.axis == Axis::kNone) return -1;
     if (limits_.plot.axis == Axis::kResultBinade) {
       x = 0;
       for (int part = 0; part < parts_; ++part) {
-        x = std::max(x, std::abs(references_[i * parts_ + part].head));
+        x = std::max(x, std::abs(exact_[i * parts_ + part].head));
       }
     }
     if (limits_.plot.axis != Axis::kArgument) x = std::log2(x);
-    const double place = (x - limits_.plot.low) / (limits_.plot.high - limits_.plot.low);
-    return place >= 0 && place < 1 ? static_cast<int>(place * kProfileSlices) : -1;
+    return (x - limits_.plot.low) / (limits_.plot.high - limits_.plot.low);
+  }
+  double zoom_place(const Batch<Real>& batch, int i) const {
+    if (!limits_.plot.zoom) return -1;
+    const double distance = static_cast<double>(batch.a[i * parts_]) - *limits_.plot.zoom;
+    const double share = 1 - std::log2(std::abs(distance)) / limits_.zoom_low();
+    return share >= 0 ? 0.5 + std::copysign(share / 2, distance) : -1;
   }
 
-  void add_to_profile(const Batch<Real>& batch, const Contender& contender) {
+  void add_to_profiles(const Batch<Real>& batch, const Contender& contender) {
     const int newest = live_classes().back();
     for (const uint32_t accuracy : kAccuracies) {
       if (subject_.kernel(newest, accuracy) != contender.kernel) continue;
-      std::vector<double>& curve = accuracy == KAM_HA   ? profile_->ha
-                                   : accuracy == KAM_LA ? profile_->la
-                                                        : profile_->ep;
       for (int i = 0; i < batch.count * parts_; ++i) {
-        const int at = slices_[i / parts_];
-        if (at < 0) continue;
-        const double error = error_of(results_[i], references_[i]);
-        curve[at] = std::max(curve[at], accuracy == KAM_EP
-                                            ? relative_error(error, results_[i], references_[i])
-                                            : error);
+        const double units = error_of(results_[i], exact_[i]);
+        const double error =
+            accuracy == KAM_EP ? relative_error(units, results_[i], exact_[i]) : units;
+        const auto add = [&](Profile& profile, double at) {
+          if (!(at >= 0 && at < 1)) return;
+          double& slice = profile.of(accuracy)[static_cast<int>(at * kProfileSlices)];
+          slice = std::max(slice, error);
+        };
+        add(profiled_->whole, place(batch, i / parts_));
+        add(profiled_->zoom, zoom_place(batch, i / parts_));
       }
     }
   }
+
+  bool two() const { return subject_.operands() == 2; }
 
   const Subject& subject_;
   const Limits& limits_;
   const Oracle& oracle_;
-  const Plan plan_;
   Evaluator evaluator_;
   const int parts_;
   const bool wide_;
-  bool newest_only_ = false;
+  bool flushed_ = false;  // the results at hand are of flushed arguments
   int64_t points_ = 0;
-  Profile* profile_ = nullptr;
+  Measurement* profiled_ = nullptr;
   std::vector<Contender> contenders_;
-  std::vector<Reference> references_;
+  std::vector<Reference> exact_, exact_flushed_;
   std::vector<Real> results_;
-  std::vector<int> slices_;
+  Batch<Real> flushed_inputs_;
   std::vector<Report> expected_;
 };
 
@@ -272,10 +332,20 @@ std::string number(const Subject& subject, const double* parts) {
 }  // namespace
 
 Measurement measure(const Subject& subject, const Limits& limits, const Oracle& oracle,
-                    const Plan& plan) {
+                    int64_t points, bool profile) {
   return with_type(subject, [&]<class Type>(Type) {
-    return Measurer<Type>(subject, limits, oracle, plan).run();
+    return Measurer<Type>(subject, limits, oracle).run(points, profile);
   });
+}
+
+void remeasure(Evaluator& evaluator, Peak& peak, bool relative) {
+  if (peak.error == 0 || std::isinf(peak.error)) return;
+  const auto a = static_cast<float>(peak.a[0]), got = static_cast<float>(peak.got[0]);
+  Reference reference;
+  evaluator.exact(&a, &a, &reference);
+  const double units = ulp_error(got, reference);
+  peak.error = relative ? relative_error(units, got, reference) : units;
+  peak.wanted[0] = reference.head;
 }
 
 std::string arguments(const Subject& subject, const Peak& peak) {

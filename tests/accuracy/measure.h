@@ -1,4 +1,10 @@
-// Measures every kernel of a function against exact values.
+// Measures every kernel of a function, and the callouts behind them, against exact values.
+//
+// Each is measured twice. With denormals kept every result is held to the limit. With denormals
+// flushed the exact value is that of the arguments with denormal ones as zeros of their sign; a
+// result is held to the limit too, but where a value within the limit of the exact one is denormal
+// a zero (of real functions: of the right sign) is as good, whatever the control state would have
+// made of it. Reports are those that the flushed arguments call for.
 #pragma once
 
 #include <cstdint>
@@ -25,33 +31,44 @@ struct Outcome {
   const Peak& peak(uint32_t accuracy) const { return accuracy == KAM_EP ? relative : ulp; }
 };
 
-// Largest error in each slice of the plot's axis (-1 where nothing was sampled): units for HA and
-// LA, relative error for EP.
-struct Profile {
-  std::vector<double> ha, la, ep;
+// One kernel at one accuracy on the classes that share it, or the callout of one class, which is
+// held to the limits of HA.
+struct Measured {
+  Cell cell;
+  bool callout;
+  Outcome kept, flushed;
+
+  std::string name() const { return (callout ? "callout, " : "") + cell.name(); }
 };
 
-struct Plan {
-  int64_t points;
-  bool exhaustive = false;  // all bit patterns, single precision of one input, newest class
-  bool profile = false;
+// Largest error in each slice of a plot's axis (-1 where nothing was sampled): units for HA and LA,
+// relative error for EP.
+struct Profile {
+  std::vector<double> ha, la, ep;
+
+  std::vector<double>& of(uint32_t accuracy) {
+    return accuracy == KAM_HA ? ha : accuracy == KAM_LA ? la : ep;
+  }
 };
 
 struct Measurement {
   int64_t points = 0;  // per kernel
   bool exhaustive = false;
-  Outcome outcome[vector::kRowSlots];  // of the live classes' slots
-  Profile profile;                     // of the newest class
-
-  const Outcome& at(int kernel_class, uint32_t accuracy) const {
-    return outcome[vector::row_index(kernel_class, accuracy)];
-  }
+  std::vector<Measured> all;
+  Profile whole, zoom;  // of the newest class
 };
 
 inline constexpr int kProfileSlices = 240;
 
+// Sampled; `points` random ones on top of the neighbours. The profiles on demand.
 Measurement measure(const Subject& subject, const Limits& limits, const Oracle& oracle,
-                    const Plan& plan);
+                    int64_t points, bool profile = false);
+
+// Error of a peak that the stand-in has found, by MPFR.
+void remeasure(Evaluator& evaluator, Peak& peak, bool relative);
+
+// The kernel that hands every element to the callout of a class (callouts.h).
+vector::KamKernel callouts_of(const Subject& subject, int kernel_class);
 
 // "a=0x1.8p+0 got=... wanted=..." of a peak.
 std::string describe(const Subject& subject, const Peak& peak);

@@ -37,12 +37,21 @@ struct Lane {
   }
 };
 
+// What the request to flush denormals does to a function.
+enum class Denormals {
+  kByMode,    // an argument counts as zero of its sign, a result may be one
+  kByCaller,  // the same from class 2 on; plain operations of classes 0 and 1 leave it to the caller
+  kKept,      // nothing: operations on bits
+};
+
 struct Oracle {
   std::string_view function;
   bool complex;
   void (*exact)(mpfr_t* r, mpfr_t* a, mpfr_t* b);  // one number per part
   double (*wide)(double);                          // null: MPFR only
   int (*status)(const Lane&);                      // what a kernel has to report
+  Denormals denormals = Denormals::kByMode;
+  bool (*callout_takes)(const Lane&) = nullptr;  // what a callout may receive; null: everything
 };
 
 // Null when there is none.
@@ -135,6 +144,9 @@ bool same_value(Real x, Real y) {
   return (std::isnan(x) && std::isnan(y)) || (x == y && std::signbit(x) == std::signbit(y));
 }
 
+// That of a single-precision result, from a value with an error below 2^-28 units.
+Reference wide_reference(double value);
+
 // Evaluates one function; holds its MPFR variables, so each thread has its own.
 class Evaluator {
  public:
@@ -146,8 +158,8 @@ class Evaluator {
   // References of the result's parts for one element. b is ignored by functions of one input.
   template <class Real>
   void exact(const Real* a, const Real* b, Reference* references);
-  // The same by the double-precision stand-in (oracle.wide).
-  Reference wide(float a) const;
+  // The same by the double-precision stand-in.
+  Reference wide(float a) const { return wide_reference(oracle_.wide(static_cast<double>(a))); }
 
  private:
   const Oracle& oracle_;

@@ -22,7 +22,7 @@ struct Batch {
 };
 
 inline constexpr int kBatch = 4096;
-inline constexpr int kNeighbours = 10000;
+inline constexpr int kNeighbours = 4000;
 
 // The order of the reals as an order of integers: neighbours differ by 1, both zeros are 0.
 template <class Real>
@@ -38,7 +38,7 @@ Real from_bits(Bits bits) {
 }
 
 // Calls sink(batch) until the inputs are used up: `points` spread over the row's spans (or random
-// pairs), and the neighbours of the row's points.
+// pairs), as many as fit around the zoom point, and the neighbours of the row's points.
 template <class Real, class Sink>
 class Sampler {
  public:
@@ -49,26 +49,32 @@ class Sampler {
   }
 
   void run(int64_t points) {
-    if (operands_ == 1) {
-      for (const Span& span : limits_.spans) {
-        walk(span, points / static_cast<int64_t>(limits_.spans.size()));
+    const auto spans = static_cast<int64_t>(limits_.spans.size());
+    for (const Span& span : limits_.spans) {
+      if (std::isinf(span.low) || std::isinf(span.high)) {
+        binades(span, points / spans);
+      } else {
+        for (int64_t i = 0; i < points / spans; ++i) {
+          push(static_cast<Real>(span.low + (span.high - span.low) * unit()));
+        }
       }
+    }
+    if (operands_ == 1) {
+      for (const Real x :
+           {-Real{0}, Numbers::infinity(), -Numbers::infinity(), Numbers::quiet_NaN()})
+        push(x);
     } else {
       for (int64_t i = 0; i < points; ++i) push_pair(static_cast<int>(i % (parts_ == 2 ? 6 : 5)));
+    }
+    if (const auto& zoom = limits_.plot.zoom) {
+      for (int64_t i = 0; i < points / 8; ++i) {
+        const double distance = std::exp2(limits_.zoom_low() * unit());
+        push(static_cast<Real>(*zoom + (random_bit() ? distance : -distance)));
+      }
     }
     for (const double centre : limits_.near) {
       neighbourhood(static_cast<Real>(centre));
       neighbourhood(static_cast<Real>(-centre));
-    }
-    flush();
-  }
-
-  // Every bit pattern of a single-precision input.
-  void run_exhaustively() {
-    static_assert(std::is_same_v<Real, float>);
-    for (uint64_t bits = 0; bits < uint64_t{1} << 32; ++bits) {
-      batch_.a[batch_.count] = std::bit_cast<float>(static_cast<uint32_t>(bits));
-      next();
     }
     flush();
   }
@@ -87,24 +93,30 @@ class Sampler {
     batch_.count = 0;
   }
 
-  // A random stride through the integer image of the span.
-  void walk(const Span& span, int64_t points) {
-    const Bits low = bits_of(static_cast<Real>(span.low));
-    const double width =
-        static_cast<double>(bits_of(static_cast<Real>(span.high))) - static_cast<double>(low);
-    const double stride = width / static_cast<double>(points);
+  void push(Real x) {
+    Real* a = &batch_.a[batch_.count * parts_];
+    a[0] = x;
+    if (parts_ == 2) a[1] = any();
+    next();
+  }
+
+  // Every binade of the span, denormal ones too, gets an equal share.
+  void binades(const Span& span, int64_t points) {
+    struct Binade {
+      int exponent;
+      Real sign;
+    };
+    std::vector<Binade> all;
+    for (int e = kLowExponent; e <= kHighExponent; ++e) {
+      const double inner = std::ldexp(1.0, e), outer = 2 * inner;
+      if (span.low < outer && inner <= span.high) all.push_back({e, 1});
+      if (-outer < span.high && span.low <= -inner) all.push_back({e, -1});
+    }
+    const auto count = static_cast<int64_t>(all.size());
     for (int64_t i = 0; i < points; ++i) {
-      // Below 2^64 but with fewer than 64 random bits: the last ones come on top.
-      const double offset = (static_cast<double>(i) + unit()) * stride;
-      const auto jitter = static_cast<int64_t>(random_() & 0x7ff) & (sizeof(Real) == 8 ? -1 : 0);
-      const auto bits = static_cast<Bits>(static_cast<uint64_t>(static_cast<int64_t>(low)) +
-                                          static_cast<uint64_t>(offset)) ^
-                        static_cast<Bits>(jitter);
-      Real* a = &batch_.a[batch_.count * parts_];
-      a[0] = std::clamp(from_bits<Real>(bits), static_cast<Real>(span.low),
-                        static_cast<Real>(span.high));
-      if (parts_ == 2) a[1] = any();
-      next();
+      const auto [exponent, sign] = all[i * count / points];
+      const auto x = static_cast<double>(std::copysign(number(exponent), sign));
+      push(static_cast<Real>(std::clamp(x, span.low, span.high)));
     }
   }
 
@@ -130,10 +142,9 @@ class Sampler {
     Real* a = &batch_.a[batch_.count * parts_];
     Real* b = &batch_.b[batch_.count * parts_];
     const int ea = exponent(kLowExponent, kHighExponent);
-    const int edge = (random_() & 1) != 0
-                         ? exponent(Numbers::min_exponent - 4, Numbers::min_exponent + 2)
-                     : (random_() & 1) != 0 ? exponent(kLowExponent - 2, Numbers::min_exponent)
-                                            : exponent(kHighExponent - 2, kHighExponent + 2);
+    const int edge = random_bit()   ? exponent(Numbers::min_exponent - 4, Numbers::min_exponent + 2)
+                     : random_bit() ? exponent(kLowExponent - 2, Numbers::min_exponent)
+                                    : exponent(kHighExponent - 2, kHighExponent + 2);
     switch (kind) {
       case 0:  // anything
         for (int part = 0; part < parts_; ++part) a[part] = any(), b[part] = any();
@@ -167,30 +178,37 @@ class Sampler {
     x[0] = number(e);
     if (parts_ == 2) {
       x[1] = number(e + ((random_() & 3) != 0 ? exponent(-3, 3) : exponent(-60, 0)));
-      if ((random_() & 1) != 0) std::swap(x[0], x[1]);
+      if (random_bit()) std::swap(x[0], x[1]);
     }
   }
   double unit() { return static_cast<double>(random_() >> 11) * 0x1p-53; }
+  bool random_bit() { return (random_() & 1) != 0; }
   int exponent(int low, int high) {
     return low + static_cast<int>(random_() % static_cast<uint64_t>(high - low + 1));
   }
+  // Of either sign, in the binade of 2^e: at either end (the distance in units has any size) or
+  // inside.
   Real number(int e) {
-    const Real x =
-        static_cast<Real>(std::ldexp(1 + unit(), std::clamp(e, kLowExponent, kHighExponent)));
-    return (random_() & 1) != 0 ? -std::min(x, Numbers::max()) : std::min(x, Numbers::max());
+    e = std::clamp(e, kLowExponent, kHighExponent);
+    double significand = 1 + unit();
+    if (const int bits = std::min(e - kLowExponent, Numbers::digits - 1);
+        bits > 0 && random_bit()) {
+      const auto distance = static_cast<double>(random_() >> (64 - exponent(1, bits)));
+      significand = std::ldexp(distance, -bits);
+      significand = random_bit() ? 1 + significand : 2 - std::ldexp(1.0, -bits) - significand;
+    }
+    const Real x = std::min(static_cast<Real>(std::ldexp(significand, e)), Numbers::max());
+    return random_bit() ? -x : x;
   }
-  Real any() {
-    const Real x = std::bit_cast<Real>(static_cast<Bits>(random_()));
-    return std::isfinite(x) ? x : Real{1};
-  }
+  Real any() { return number(exponent(kLowExponent, kHighExponent)); }
   Real close_to(Real x) {
     // Wraps around on purpose: any image that is a finite number will do.
     const uint64_t distance = random_() >> (64 - exponent(1, Numbers::digits));
     const uint64_t image = static_cast<uint64_t>(bits_of(x));
-    const Real y = from_bits<Real>(
-        static_cast<Bits>((random_() & 1) != 0 ? image + distance : image - distance));
+    const Real y =
+        from_bits<Real>(static_cast<Bits>(random_bit() ? image + distance : image - distance));
     if (!std::isfinite(y)) return x;
-    return (random_() & 1) != 0 ? -y : y;
+    return random_bit() ? -y : y;
   }
 
   const Limits& limits_;

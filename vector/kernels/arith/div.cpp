@@ -5,7 +5,7 @@
 //            measured a refined quotient with the tests that its residual needs (tiny numerators,
 //            quotients near overflow, infinities) is slower.
 //   EP       on classes 3 and 5 a times the reciprocal of b: the series to e, in double on class 3
-//            recip_fast. Flags divisors whose reciprocal is not normal; any numerator will do.
+//            recip_fast. Flags divisors that are not invertible; any numerator will do.
 #include "vector/kernels/arith/recip.h"
 #include "vector/kernels/contract/kernel.h"
 #include "vector/kernels/contract/scalar.h"

@@ -71,13 +71,20 @@ ORBA_COLD int32_t inv_sqrt_callout(const double* a, double* r) {
 }
 
 // Arguments between these powers of two take the vector path. LA and HA leave room for the
-// residual; at the upper end the square of the seed stays normal, which flush-to-zero needs.
+// residual; at the upper end the square of the seed, near 1/a, stays normal, which flush-to-zero
+// needs. Without FMA the tails of a and of that square, down to 2^-23 of them in single precision,
+// have to be normal too.
 struct Domain {
   uint32_t low, high;  // of the high word
 };
-constexpr Domain kFullDomain = {0x03500000, 0x7fbfffff};   // [2^-970, 2^1021)
-constexpr Domain kEpDomain = {0x00300000, 0x7fbfffff};     // [2^-1020, 2^1021)
-constexpr Domain kFloatDomain = {0x00800000, 0x7e7fffff};  // [2^-126, 2^126)
+constexpr Domain kFullDomain = {0x03500000, 0x7fbfffff};  // [2^-970, 2^1021)
+constexpr Domain kEpDomain = {0x00300000, 0x7fbfffff};    // [2^-1020, 2^1021)
+#if ORBA_CLASS >= 3
+constexpr Domain kFloatFullDomain = {0x00800000, 0x7dffffff};  // [2^-126, 2^125)
+#else
+constexpr Domain kFloatFullDomain = {0x0c800000, 0x71ffffff};  // [2^-102, 2^101)
+#endif
+constexpr Domain kFloatEpDomain = {0x00800000, 0x7f7fffff};  // all normal numbers
 
 #if ORBA_CLASS >= 3
 
@@ -119,7 +126,7 @@ ORBA_INLINE F32 residual(F32 x, F32 y) {
 // binomial series, fitted to the interval; the rest is below 2^-55. From the refined seed, |e| <
 // 2^-15, degree 3 does. Single, |e| < 2^-9.6: degree 2, rest below 2^-30.
 struct Full {
-  static constexpr Domain domain = kFullDomain;
+  static constexpr Domain domain = kFullDomain, float_domain = kFloatFullDomain;
   ORBA_INLINE static F64 refine(F64 x, F64 seed) {
     const F64 y = short_seed(x, seed);
     const F64 e = residual(x, y);
@@ -138,7 +145,7 @@ struct Full {
 
 // Double to e^2 (to e with the better seed of class 5), single one Newton step.
 struct Ep {
-  static constexpr Domain domain = kEpDomain;
+  static constexpr Domain domain = kEpDomain, float_domain = kFloatEpDomain;
   ORBA_INLINE static F64 refine(F64 x, F64 y) {
     const F64 e = neg_mul_add(x, y * y, F64(1));
     if constexpr (kClass == 5) return mul_add(0.5 * y, e, y);
@@ -186,7 +193,7 @@ struct InvSqrt32 {
   static constexpr int outputs = 1;
   static constexpr int unroll = kClass < 3 ? 2 : 4;
   ORBA_INLINE static F32 eval(F32 x, M32& flag) {
-    flag = flag | outside(as_bits(x), kFloatDomain.low, kFloatDomain.high);
+    flag = flag | outside(as_bits(x), Method::float_domain.low, Method::float_domain.high);
     return Method::refine(x);
   }
   static int32_t callout(const float* a, float* r) { return narrowed(inv_sqrt_callout, a, r); }

@@ -10,10 +10,12 @@ namespace {
 ORBA_INLINE M64 zero_or_denormal(F64 x) { return outside(as_bits(abs(x)), 0x00100000, 0x7fffffff); }
 ORBA_INLINE M32 zero_or_denormal(F32 x) { return outside(as_bits(abs(x)), 0x00800000, 0x7fffffff); }
 
-// Lanes outside [2^-1021, 2^1022) (single: [2^-126, 2^126)): seed, series and result are normal
-// inside.
-ORBA_INLINE M64 not_invertible(F64 x) { return outside(as_bits(abs(x)), 0x00200000, 0x7fcfffff); }
-ORBA_INLINE M32 not_invertible(F32 x) { return outside(as_bits(abs(x)), 0x00800000, 0x7e7fffff); }
+// Lanes outside [2^-1021, 2^1021) (single: [2^-126, 2^125)). Inside, the seed is a good one on any
+// processor and under any control state: above, its exact value is still normal up to 2^1022
+// (2^126), but a seed a little below that may be denormal, which is flushed on demand, and by the
+// single-precision instruction always.
+ORBA_INLINE M64 not_invertible(F64 x) { return outside(as_bits(abs(x)), 0x00200000, 0x7fbfffff); }
+ORBA_INLINE M32 not_invertible(F32 x) { return outside(as_bits(abs(x)), 0x00800000, 0x7dffffff); }
 
 // y*(1 + e + ... + e^degree) for e = 1 - x*y.
 template <int degree, class V>

@@ -20,7 +20,7 @@ ORBA_COLD int32_t sqrt_callout(const double* a, double* r) {
     return minus_infinity ? kErrDom : kOk;
   }
   if (x == 0) {
-    *r = x;
+    *r = x + x;  // a denormal number that counts as zero too
     return kOk;
   }
   if (x < 0) {
@@ -58,8 +58,8 @@ ORBA_COLD int32_t sqrt_callout(const double* a, double* r) {
   return kOk;
 }
 
-// Arguments between these powers of two take the vector path; the residual of HA has no bits to
-// lose there.
+// Arguments between these powers of two take the vector path. A residual of HA that is denormal
+// there, and may be flushed, is that of a correctly rounded root.
 struct Domain {
   uint32_t low, high;  // of the high word
 };

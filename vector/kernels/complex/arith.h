@@ -20,14 +20,33 @@ ORBA_INLINE int exponent_of(const Z& z) {
   return exponent_of(x > y ? x : y);
 }
 
+// The value of a pair; a zero keeps the sign that the head has as a sum of products.
+ORBA_INLINE F64 total(Pair<F64> x) {
+  return as_float(as_bits(x.hi + x.lo) | (as_bits(x.hi) & I64(INT64_MIN)));
+}
+
 // z with the larger part in [1, 2); what underflows in the other part is below 2^-1000 of it.
 ORBA_INLINE Z scaled_down(const Z& z, int k) {
   const int half = -k / 2;
   return {z.real * pow2(half) * pow2(-k - half), z.imag * pow2(half) * pow2(-k - half)};
 }
 
+// n / d of pairs is value - excess*recip, with recip near 1/d.hi. No zero in it has the wrong sign.
+template <class V>
+struct PartQuotient {
+  V value, excess;
+};
+template <class V>
+ORBA_INLINE PartQuotient<V> part_quotient(Pair<V> n, Pair<V> d, V recip) {
+  const V q = n.hi * recip;
+  const Pair<V> back = two_product(q, d.hi);
+  return {q, ((back.hi - n.hi) + back.lo) + (q * d.lo - n.lo)};
+}
+
 // a * b. Finite parts: both factors are brought near 1, each part is a sum of two products in pair
-// arithmetic, rounded once; infinite and NaN parts as C99, Annex G.5.1.
+// arithmetic, rounded once; infinite and NaN parts as C99, Annex G.5.1. A product overflows where
+// it is infinite as a Part.
+template <class Part>
 ORBA_COLD Z multiply(const Z& a, const Z& b) {
   if (finite(a) && finite(b)) {
     const bool zero = (a.real == 0 && a.imag == 0) || (b.real == 0 && b.imag == 0);
@@ -56,6 +75,13 @@ ORBA_COLD Z multiply(const Z& a, const Z& b) {
     zero_nan(x.real), zero_nan(x.imag);
     recover = true;
   }
+  const auto overflows = [](double p) { return is_inf(static_cast<double>(static_cast<Part>(p))); };
+  if (!recover && (overflows(x.real * y.real) || overflows(x.imag * y.imag) ||
+                   overflows(x.real * y.imag) || overflows(x.imag * y.real))) {
+    zero_nan(x.real), zero_nan(x.imag);
+    zero_nan(y.real), zero_nan(y.imag);
+    recover = true;
+  }
   if (!recover) return r;
   const double infinity = __builtin_inf();
   return {infinity * (x.real * y.real - x.imag * y.imag),
@@ -63,23 +89,27 @@ ORBA_COLD Z multiply(const Z& a, const Z& b) {
 }
 
 // a / b. A zero divisor multiplies the parts of a by infinity; a divisor with one zero part divides
-// by the other; otherwise a*conj(b)/|b|^2 in pair arithmetic on numbers near 1. Infinite and NaN
-// parts as C99, Annex G.5.1.
+// by the other, a zero part of the result keeping the sign of the formula; otherwise
+// a*conj(b)/|b|^2 in pair arithmetic on numbers near 1. Infinite and NaN parts as C99, Annex G.5.1.
 ORBA_COLD Z divide(const Z& a, const Z& b) {
   const double infinity = __builtin_inf();
   if (b.real == 0 && b.imag == 0) return {a.real * infinity, a.imag * infinity};
   if (finite(a) && finite(b)) {
-    if (b.imag == 0) return {a.real / b.real, a.imag / b.real};
-    if (b.real == 0) return {a.imag / b.imag, -a.real / b.imag};
-    if (a.real == 0 && a.imag == 0)
-      return {a.real * b.real + a.imag * b.imag, a.imag * b.real - a.real * b.imag};
+    if (b.real == 0 || b.imag == 0 || (a.real == 0 && a.imag == 0)) {
+      const bool real = b.imag == 0;
+      const double re = real ? a.real / b.real : a.imag / b.imag;
+      const double im = real ? a.imag / b.real : -a.real / b.imag;
+      return {(real ? a.real : a.imag) == 0 ? a.real * b.real + a.imag * b.imag : re,
+              (real ? a.imag : a.real) == 0 ? a.imag * b.real - a.real * b.imag : im};
+    }
     const int ka = exponent_of(a), kb = exponent_of(b);
     const Z x = scaled_down(a, ka), y = scaled_down(b, kb);
     const Pair<double> d = sum_of_products(y.real, y.real, y.imag, y.imag);
     const double recip = 1.0 / d.hi;
-    const Pair<double> re = quotient(sum_of_products(x.real, y.real, x.imag, y.imag), d, recip);
-    const Pair<double> im = quotient(sum_of_products(x.imag, y.real, -x.real, y.imag), d, recip);
-    return {rounded(re, ka - kb), rounded(im, ka - kb)};
+    const auto re = part_quotient(sum_of_products(x.real, y.real, x.imag, y.imag), d, recip);
+    const auto im = part_quotient(sum_of_products(x.imag, y.real, -x.real, y.imag), d, recip);
+    return {rounded({re.value, -re.excess * recip}, ka - kb),
+            rounded({im.value, -im.excess * recip}, ka - kb)};
   }
   if (infinite(a) && finite(b)) {
     const double x = __builtin_copysign(is_inf(a.real) ? 1.0 : 0.0, a.real);

@@ -14,17 +14,22 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-template <class V>
-ORBA_INLINE V larger_part(Complex<V> z) {
-  return max(abs(z.re), abs(z.im));
+// Lanes whose size is not within [2^-low, 2^high), infinities and NaN too.
+template <int low, int high>
+ORBA_INLINE M64 far_from_one(Complex<F64> z) {
+  return outside(as_bits(abs(z.re) + abs(z.im)), (1023U + low) << 20, ((1023U + high) << 20) - 1);
+}
+template <int low, int high>
+ORBA_INLINE M32 far_from_one(Complex<F32> z) {
+  return outside(as_bits(abs(z.re) + abs(z.im)), (127U + low) << 23, ((127U + high) << 23) - 1);
 }
 
-// Lanes whose larger part is not within [2^-k, 2^k]; NaN in either part is outside too.
+// Lanes where the dividend has a tiny part: if the divisor has a zero part, the product with its
+// other part would be lost. The callout divides part by part.
 template <class V>
-ORBA_INLINE typename V::Mask far_from_one(Complex<V> z, typename V::Element low,
-                                          typename V::Element high) {
-  const V size = larger_part(z);
-  return ~((size >= V(low)) & (abs(z.re) <= V(high)) & (abs(z.im) <= V(high)));
+ORBA_INLINE typename V::Mask tiny_part(Complex<V> z, typename V::Element tiny) {
+  const V part = min(abs(z.re), abs(z.im));
+  return (part < V(tiny)) & (part != V(0));
 }
 
 template <class E>
@@ -73,25 +78,27 @@ struct DivInDouble : DivBase<KamComplex8> {
 struct DivPairs : DivBase<KamComplex16> {
   ORBA_INLINE static Pairs<F64> eval(Pairs<F64> a, Pairs<F64> b, M64& flag) {
     const Complex<F64> x = split(a), y = split(b);
-    flag = flag | far_from_one(x, pow2(-400), pow2(400)) | far_from_one(y, pow2(-400), pow2(400));
+    flag =
+        flag | far_from_one<-400, 400>(x) | far_from_one<-400, 400>(y) | tiny_part(x, pow2(-500));
     const Pair<F64> d = sum_of_products(y.re, y.re, y.im, y.im);
     const F64 recip = F64(1) / d.hi;
-    const Pair<F64> re = quotient(sum_of_products(x.re, y.re, x.im, y.im), d, recip);
-    const Pair<F64> im = quotient(sum_of_products(x.im, y.re, negate(x.re), y.im), d, recip);
-    return join(Complex<F64>{re.hi + re.lo, im.hi + im.lo});
+    const auto re = part_quotient(sum_of_products(x.re, y.re, x.im, y.im), d, recip);
+    const auto im = part_quotient(sum_of_products(x.im, y.re, negate(x.re), y.im), d, recip);
+    return join(Complex<F64>{neg_mul_add(re.excess, recip, re.value),
+                             neg_mul_add(im.excess, recip, im.value)});
   }
 };
 
 template <class E>
 struct DivFast : DivBase<E> {
   using typename DivBase<E>::V;
-  static constexpr auto low = sizeof(E) == 16 ? static_cast<typename V::Element>(pow2(-400))
-                                              : static_cast<typename V::Element>(pow2(-50));
-  static constexpr auto high = sizeof(E) == 16 ? static_cast<typename V::Element>(pow2(400))
-                                               : static_cast<typename V::Element>(pow2(50));
+  static constexpr bool is_double = sizeof(E) == 16;
+  static constexpr auto tiny = static_cast<typename V::Element>(is_double ? pow2(-500) : pow2(-60));
   ORBA_INLINE static Pairs<V> eval(Pairs<V> a, Pairs<V> b, typename V::Mask& flag) {
     const Complex<V> x = split(a), y = split(b);
-    flag = flag | far_from_one(x, low, high) | far_from_one(y, low, high);
+    constexpr int range = is_double ? 400 : 50;
+    flag =
+        flag | far_from_one<-range, range>(x) | far_from_one<-range, range>(y) | tiny_part(x, tiny);
     const V d = mul_add(y.re, y.re, y.im * y.im);
     const V recip = recip_ep(d);
     return join(Complex<V>{mul_add(x.re, y.re, x.im * y.im) * recip,

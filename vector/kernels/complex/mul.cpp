@@ -19,6 +19,26 @@ ORBA_INLINE typename V::Mask not_finite(Complex<V> z) {
   return ~((abs(z.re) < infinity) & (abs(z.im) < infinity));
 }
 
+// Denormal where those count as zeros is not non-zero.
+template <class V>
+ORBA_INLINE typename V::Mask non_zero(Complex<V> z) {
+  return as_float(as_bits(z.re) | as_bits(z.im)) != V(0);
+}
+
+// Products of non-zero numbers that are so large that a part may be infinite, or so small that what
+// is flushed on the way, 2^-1022 (2^-126) at a time, may count. A zero times an infinity or NaN is
+// NaN in both parts, which is right.
+template <int lowest_exponent>
+ORBA_INLINE M64 out_of_range(Complex<F64> a, Complex<F64> b, Complex<F64> r) {
+  constexpr uint32_t lowest = static_cast<uint32_t>(lowest_exponent + 1023) << 20;
+  return outside(as_bits(abs(r.re) + abs(r.im)), lowest, 0x7fefffff) & non_zero(a) & non_zero(b);
+}
+template <int lowest_exponent>
+ORBA_INLINE M32 out_of_range(Complex<F32> a, Complex<F32> b, Complex<F32> r) {
+  constexpr uint32_t lowest = static_cast<uint32_t>(lowest_exponent + 127) << 23;
+  return outside(as_bits(abs(r.re) + abs(r.im)), lowest, 0x7f7fffff) & non_zero(a) & non_zero(b);
+}
+
 template <class E, bool conjugate>
 struct MulBase {
   using In = E;
@@ -32,8 +52,8 @@ struct MulBase {
   static int32_t callout(const E* a, const E* b, E* r) {
     const Z wide_a{a->real, a->imag};
     const Z wide_b{b->real, conjugate ? -b->imag : b->imag};
-    const Z product = multiply(wide_a, wide_b);
     using Part = decltype(r->real);
+    const Z product = multiply<Part>(wide_a, wide_b);
     r->real = static_cast<Part>(product.real);
     r->imag = static_cast<Part>(product.imag);
     return overflow_status(finite(wide_a) && finite(wide_b), is_inf(r->real) || is_inf(r->imag));
@@ -57,9 +77,10 @@ struct MulFast : MulBase<E, conjugate> {
   using Base = MulBase<E, conjugate>;
   using typename Base::V;
   ORBA_INLINE static Pairs<V> eval(Pairs<V> a, Pairs<V> b, typename Base::Flag& flag) {
-    const Complex<V> y = product_fused(split(a), Base::second_factor(b));
-    flag = flag | not_finite(y);
-    return join(y);
+    const Complex<V> x = split(a), y = Base::second_factor(b);
+    const Complex<V> r = product_fused(x, y);
+    flag = flag | out_of_range < sizeof(E) == 16 ? -980 : -108 > (x, y, r);
+    return join(r);
   }
 };
 
@@ -78,23 +99,30 @@ struct MulInDouble : MulBase<KamComplex8, conjugate> {
   }
 };
 
+// From here on a flushed tail is below 2^-110 of the larger part of a product.
+constexpr int kLowestPairs = -912;
+
 template <bool conjugate>
 struct MulKahan : MulBase<KamComplex16, conjugate> {
   using Base = MulBase<KamComplex16, conjugate>;
   ORBA_INLINE static Pairs<F64> eval(Pairs<F64> a, Pairs<F64> b, M64& flag) {
     const Complex<F64> x = split(a), y = Base::second_factor(b);
-    const Pair<F64> w = two_product(x.im, y.im), v = two_product(x.im, y.re);
-    const Complex<F64> r{mul_sub(x.re, y.re, w.hi) - w.lo, mul_add(x.re, y.im, v.hi) + v.lo};
-    flag = flag | not_finite(r);
+    const F64 w = x.im * y.im, v = x.im * y.re;
+    // Rounding errors are taken off in both parts: adding a +0 would lose the sign of a zero.
+    const Complex<F64> r{mul_sub(x.re, y.re, w) - mul_sub(x.im, y.im, w),
+                         mul_add(x.re, y.im, v) - neg_mul_add(x.im, y.re, v)};
+    flag = flag | out_of_range<kLowestPairs>(x, y, r);
     return join(r);
   }
 };
 
-// Lanes where a product of non-zero numbers is so small that the tails of pairs underflow.
-ORBA_INLINE M64 lost_tails(Complex<F64> a, Complex<F64> b, Complex<F64> r) {
-  const F64 bound = pow2(-960);
-  const auto non_zero = [](Complex<F64> z) { return (z.re != F64(0)) | (z.im != F64(0)); };
-  return (abs(r.re) < bound) & (abs(r.im) < bound) & non_zero(a) & non_zero(b);
+// Without FMA factors are split as well: their tails may be flushed, and splitting makes a NaN of a
+// large number, beside a zero too.
+ORBA_INLINE M64 out_of_split_range(Complex<F64> a, Complex<F64> b, Complex<F64> r) {
+  const F64 lowest = pow2(kLowestPairs), size = abs(r.re) + abs(r.im);
+  const F64 smaller = min(abs(a.re) + abs(a.im), abs(b.re) + abs(b.im));
+  return (((size < lowest) | (smaller < lowest)) & (smaller != F64(0))) |
+         ~(size < F64(__builtin_inf()));
 }
 
 template <bool conjugate>
@@ -104,8 +132,11 @@ struct MulPairs : MulBase<KamComplex16, conjugate> {
     const Complex<F64> x = split(a), y = Base::second_factor(b);
     const Pair<F64> re = sum_of_products(x.re, y.re, negate(x.im), y.im);
     const Pair<F64> im = sum_of_products(x.re, y.im, x.im, y.re);
-    const Complex<F64> r{re.hi + re.lo, im.hi + im.lo};
-    flag = flag | not_finite(r) | lost_tails(x, y, r);
+    const Complex<F64> r{total(re), total(im)};
+    if constexpr (kFused)
+      flag = flag | out_of_range<kLowestPairs>(x, y, r);
+    else
+      flag = flag | out_of_split_range(x, y, r);
     return join(r);
   }
 };

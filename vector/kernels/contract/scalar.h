@@ -37,17 +37,23 @@ ORBA_INLINE double scaled(double x, int k) {
   return x * pow2(third) * pow2(third) * pow2(k - 2 * third);
 }
 
-// (x.hi + x.lo) * 2^k, rounded once, for x.hi of moderate size. A result in the denormal range is
-// the sum of an even multiple of the denormals' unit and of a rest, which the scaling rounds.
+// The value of a pair; a zero keeps the sign that the head has as a sum of products.
+ORBA_INLINE double total(Pair<double> x) { return x.lo == 0 ? x.hi : x.hi + x.lo; }
+
+// (x.hi + x.lo) * 2^k for x.hi of moderate size, rounded once: a result in the denormal range is
+// rounded to its last place before it is scaled, by adding and taking off a number whose unit is that
+// place, so that nothing but the result is denormal. The head has up to 52 places, the rest at most
+// one, of either sign.
 ORBA_INLINE double rounded(Pair<double> x, int k) {
-  const double sum = x.hi + x.lo;
+  const double sum = total(x);
   if (sum == 0) return sum;
   const int exponent = exponent_of(sum) + k;
   if (k > 0 || exponent >= -1022 || exponent < -1076) return scaled(sum, k);
-  const double shifter = 1.5 * pow2(53 - 1074 - k);
-  const double coarse = (x.hi + shifter) - shifter;
-  const double fine = (x.hi - coarse) + x.lo;
-  return __builtin_copysign(scaled(coarse, k) + scaled(fine, k), sum);
+  const double shifter = pow2(52 - 1074 - k);
+  const double head_shifter = __builtin_copysign(shifter, x.hi);
+  const double head = (x.hi + head_shifter) - head_shifter;
+  const double rest = (x.hi - head) + x.lo;
+  return scaled(head + ((rest + 1.5 * shifter) - 1.5 * shifter), k);
 }
 
 // A single-precision callout through the double one: the double result is so much closer than half
