@@ -97,10 +97,10 @@ template <class Real>
 void reciprocal_square_roots(int64_t p, Real* x) noexcept {
   const auto n = static_cast<int32_t>(p);
   if constexpr (std::is_same_v<Real, double>) {
-    vector::vector_call_with_mode<vector::Kernel_1i_1o<vector::Type_d>, false>(
+    vector::vector_call_with_mode<ORBA_SIGNATURE(1i_1o, d), vector::CallKind::threaded>(
         KAM_DENORMALS_KEEP, vector::row_vdInvSqrt, "vdInvSqrt", n, x, x);
   } else {
-    vector::vector_call_with_mode<vector::Kernel_1i_1o<vector::Type_s>, false>(
+    vector::vector_call_with_mode<ORBA_SIGNATURE(1i_1o, s), vector::CallKind::threaded>(
         KAM_DENORMALS_KEEP, vector::row_vsInvSqrt, "vsInvSqrt", n, x, x);
   }
 }
