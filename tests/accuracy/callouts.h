@@ -41,7 +41,7 @@ template <class F>
 ORBA_INLINE void run_callouts_alone(int32_t n, const Arrays<F>& x, const char* name,
                                     const F& f = F{}) {
   if constexpr (has_flags<F>)
-    run_kernel<CalloutAlone<F>>(n, {x.a, x.b, x.r1, x.r2}, name, CalloutAlone<F>{f});
+    run_kernel<CalloutAlone<F>>(n, {x.a, x.b, x.y, x.z}, name, CalloutAlone<F>{f});
   else
     run_kernel<F>(n, x, name, f);
 }
