@@ -81,9 +81,9 @@ void write_table(std::ostream& out, const Entry& entry) {
   const auto row = [&](const Measured& m) {
     const uint32_t accuracy = m.cell.accuracy;
     const Peak& peak = m.kept.peak(accuracy);
-    return figure(accuracy, peak.error) + " | `" + arguments(*subject, peak) + "` | " +
+    return figure(accuracy, peak.error) + " | `" + arguments(*entry.subject, peak) + "` | " +
            figure(accuracy, m.flushed.peak(accuracy).error) + " | " +
-           figure(accuracy, limits->limit(accuracy)) + " |\n";
+           figure(accuracy, entry.limits->limit(accuracy)) + " |\n";
   };
   for (size_t i = 0; i < measured.all.size(); ++i) {
     const Measured& now = measured.all[i];
