@@ -9,21 +9,26 @@
 #include "bench/statistics/families.h"
 #include "bench/statistics/timing.h"
 #include "include/orba_rau.h"
+#include "statistics/streams/brng.h"
 
 namespace orba::bench {
 namespace {
+
+using namespace statistics;
 
 constexpr int32_t kLengths[] = {10, 100, 1000, 1000000};
 
 struct Generator {
   const char* name;
   int32_t brng;
+  bool can_skip;
 };
-constexpr Generator kGenerators[] = {{"MCG31m1", RAU_BRNG_MCG31M1},
-                                     {"R250", RAU_BRNG_R250},
-                                     {"MRG32k3a", RAU_BRNG_MRG32K3A},
-                                     {"MCG59", RAU_BRNG_MCG59},
-                                     {"WichmannHill", RAU_BRNG_WH}};
+constexpr Generator kGenerators[] = {
+#define ORBA_BRNG(row, Name, size, seeds, zero, word, bits, subs, abilities, uniform, blocks) \
+  {#Name, (row + 1) << 20, ((abilities)&kSkipAhead) != 0},
+#include "statistics/streams/generators/brngs.def"
+#undef ORBA_BRNG
+};
 
 std::shared_ptr<StreamState> make_stream(int32_t brng) {
   StreamState* stream = nullptr;
@@ -94,7 +99,7 @@ void add_streams() {
     viRngUniformBits(RAU_METHOD_STD, stream, n, r->words);
   });
   for (const Generator& generator : kGenerators) {
-    if (generator.brng == RAU_BRNG_R250) continue;
+    if (!generator.can_skip) continue;
     add_classes(std::string("rauSkipAheadStream/") + generator.name, 1, [=] {
       auto stream = make_stream(generator.brng);
       return [=] { rauSkipAheadStream(stream.get(), 0x7fffffffffffffff); };

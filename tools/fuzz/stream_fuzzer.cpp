@@ -13,6 +13,7 @@
 #include <string.h>
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <random>
 #include <string>
@@ -109,6 +110,12 @@ void register_own() {
 
 // ---- Arguments from bytes ----
 
+constexpr int32_t kBuiltIn[] = {
+#define ORBA_BRNG(row, ...) (row + 1) << 20,
+#include "statistics/streams/generators/brngs.def"
+#undef ORBA_BRNG
+};
+
 class Input {
  public:
   Input(const uint8_t* data, size_t size) : at_(data), end_(data + size) {}
@@ -148,7 +155,7 @@ class Input {
       case 4:
         return static_cast<int32_t>(17 + below(4)) << 20;  // own
       default:
-        return static_cast<int32_t>(1 + below(5)) << 20;
+        return kBuiltIn[below(std::size(kBuiltIn))];
     }
   }
   int32_t method() {
