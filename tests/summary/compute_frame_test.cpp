@@ -5,8 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "statistics/summary/required_arrays.h"
-#include "tests/summary/task_fixture.h"
+#include "tests/summary/moments_task.h"
 #include "tests/support/failing_allocator.h"
 
 namespace {
@@ -163,100 +162,58 @@ TEST(ComputeFrame, IntegersOf64Bits) {
 
 // ---- What the moments driver needs ----
 
-// Results in the order of their positions: estimate, array, status when it is missing, and the
-// positions that each method requires.
-struct Needs {
-  uint64_t estimate;
-  void* SsTask::*array;
-  int32_t missing;
-  uint32_t one_pass, fast, conversion;
-};
-constexpr uint32_t kNever = 0x100000;
-constexpr Needs kNeeds[] = {{0x1, &SsTask::mean, -4006, 0x1, 0x1, 0x1001},
-                            {0x2, &SsTask::raw_moment_2, -4007, 0x2, 0x2, 0x2002},
-                            {0x4, &SsTask::raw_moment_3, -4008, 0x4, 0x4, 0x4004},
-                            {0x8, &SsTask::raw_moment_4, -4009, 0x8, 0x8, 0x8008},
-                            {0x10, &SsTask::central_moment_2, -4010, 0x13, 0x13, 0x10010},
-                            {0x20, &SsTask::central_moment_3, -4011, 0x27, 0x27, 0x20020},
-                            {0x40, &SsTask::central_moment_4, -4012, 0x4F, 0x4F, 0x40040},
-                            {0x1000, &SsTask::covariance, -4018, 0x81, 0x81, 0x80080},
-                            {0x2000, &SsTask::correlation, -4019, 0x101, 0x101, 0x80100},
-                            {0x80, &SsTask::kurtosis, -4013, 0x25F, 0x25F, 0x251},
-                            {0x100, &SsTask::skewness, -4014, 0x437, 0x437, 0x431},
-                            {0x200, &SsTask::variation, -4017, 0x813, 0x813, 0x811},
-                            {0x2000000, &SsTask::sum, -4074, 0x1000, 0x1000, kNever},
-                            {0x4000000, &SsTask::raw_sum_2, -4075, 0x2000, 0x2000, kNever},
-                            {0x8000000, &SsTask::raw_sum_3, -4076, 0x4000, 0x4000, kNever},
-                            {0x10000000, &SsTask::raw_sum_4, -4077, 0x8000, 0x8000, kNever},
-                            {0x20000000, &SsTask::central_sum_2, -4078, 0x10001, 0x10003, kNever},
-                            {0x40000000, &SsTask::central_sum_3, -4079, 0x20001, 0x20007, kNever},
-                            {0x80000000, &SsTask::central_sum_4, -4080, 0x40001, 0x4000F, kNever},
-                            {0x100000000, &SsTask::cross_product, -4081, 0x80001, 0x80001, kNever}};
-
 class MomentsNeeds : public testing::Test {
  protected:
   MomentsNeeds() {
-    task.dimension = &p;
-    task.observation_count = &n;
-    task.observations = values;
-    task.observation_storage = &storage;
-    task.covariance_storage = task.correlation_storage = task.cross_product_storage = &full;
-    for (const Needs& needs : kNeeds) task.*needs.array = values;
-  }
-  int32_t validate(uint64_t estimates, uint32_t method) {
-    return statistics::validate_moments(task, estimates, method, &plan);
-  }
-  double values[1] = {};
-  int32_t p = 3, n = 5, storage = RAU_SS_MATRIX_STORAGE_COLS, full = 0;
-  SsTask task = {};
-  statistics::MomentsPlan plan = {};
-};
-
-TEST_F(MomentsNeeds, ArraysOfEachEstimate) {
-  for (const uint32_t method : {kFast, kOnePass, kUserMean, kCovariances, kMoments}) {
-    for (uint32_t index = 0; index < 20; ++index) {
-      const Needs& asked = kNeeds[index];
-      uint32_t needed = method == kFast                             ? asked.fast
-                        : method == kOnePass || method == kUserMean ? asked.one_pass
-                                                                    : asked.conversion;
-      if (method == kUserMean) needed |= 1;
-      ASSERT_EQ(validate(asked.estimate, method), needed == kNever ? -4029 : 0);
-      if (needed == kNever) continue;
-      EXPECT_EQ(plan.needed, needed);
-      EXPECT_EQ(plan.asked, 1u << index);
-      SsTask kept = task;
-      for (const Needs& needs : kNeeds) task.*needs.array = nullptr;
-      for (uint32_t missing = 0; missing < 20; ++missing) {
-        // Present up to here: the first one that is required and missing speaks.
-        if ((needed >> missing & 1) != 0) {
-          EXPECT_EQ(validate(asked.estimate, method), kNeeds[missing].missing)
-              << index << ' ' << method;
-          task.*kNeeds[missing].array = values;
-        }
-      }
-      EXPECT_EQ(validate(asked.estimate, method), 0);  // and nothing else is
-      task = kept;
+    for (const Row& row : kRows) {
+      if (row.storage_id != 0) task.edit(row.storage_id, &full);
     }
   }
-}
+  void attach(uint32_t set) {
+    for (uint32_t r = 0; r < kMomentsResultCount; ++r) {
+      task.handle->*kResultArrays[r] = (set >> r & 1) != 0 ? results[r] : nullptr;
+    }
+  }
+  double results[kMomentsResultCount][9] = {};
+  const int32_t full = 0;
+  Task<double> task{3, 5, false};
+};
 
-TEST_F(MomentsNeeds, UnionOfAllThatIsAsked) {
-  EXPECT_EQ(validate(0x1FE0033FF, kFast), 0);
-  EXPECT_EQ(plan.asked, 0xFFFFFu);
-  EXPECT_EQ(plan.needed, 0xFFFFFu);
-  EXPECT_EQ(plan.p, 3);
-  EXPECT_EQ(plan.n, 5);
-  EXPECT_FALSE(plan.rows);
-  EXPECT_EQ(validate(RAU_SS_MEAN | RAU_SS_SUM, kMoments), -4029);
-  task.sum = nullptr;
-  EXPECT_EQ(validate(RAU_SS_MEAN, kMoments), -4074);
+// Exactly those of the table: with them and no others a call succeeds; a missing one speaks, the
+// first of them first, and before what is wrong with the data.
+TEST_F(MomentsNeeds, ArraysOfEachEstimate) {
+  for (const uint32_t method : {kFast, kOnePass, kUserMean, kCovariances, kMoments}) {
+    for (const Row& asked : kRows) {
+      SCOPED_TRACE(testing::Message() << asked.name << ", method " << method);
+      const uint32_t needed = required(asked, method);
+      attach(needed == kNever ? ~0u : needed);
+      EXPECT_EQ(task.compute(asked.estimate, method), needed == kNever ? -4029 : 0);
+      if (needed == kNever) continue;
+      task.handle->observation_storage = nullptr;
+      uint32_t present = 0;
+      for (uint32_t r = 0; r < kMomentsResultCount; ++r) {
+        if ((needed >> r & 1) == 0) continue;
+        for (const uint32_t others : {present, ~(1u << r)}) {
+          attach(others);
+          EXPECT_EQ(task.compute(asked.estimate | RAU_SS_STREAM_QUANTS, method), kRows[r].missing);
+        }
+        present |= 1u << r;
+      }
+      task.handle->observation_storage = &task.storage;
+    }
+  }
+  attach(~0u);
+  EXPECT_EQ(task.compute(kEverything, kFast), 0);
+  EXPECT_EQ(task.compute(RAU_SS_MEAN | RAU_SS_SUM, kMoments), -4029);
+  attach(~set_of(kSum));
+  EXPECT_EQ(task.compute(RAU_SS_MEAN | RAU_SS_SUM, kMoments), -4074);
 }
 
 TEST_F(MomentsNeeds, OneMethodOrConversions) {
-  using statistics::MomentsMethod;
-  for (uint32_t bits = 0; bits < 64; ++bits) {
-    uint32_t method = kRadix | 0x4;  // of others
+  attach(~0u);
+  for (uint32_t bits = 0; bits < 32; ++bits) {
     const uint32_t known[] = {kFast, kOnePass, kUserMean, kCovariances, kMoments};
+    uint32_t method = kRadix | 0x4;  // of others
     int passes = 0;
     for (uint32_t k = 0; k < 5; ++k) {
       if ((bits >> k & 1) == 0) continue;
@@ -264,57 +221,59 @@ TEST_F(MomentsNeeds, OneMethodOrConversions) {
       passes += k < 3;
     }
     const bool converts = passes == 0 && (method & (kCovariances | kMoments)) != 0;
-    ASSERT_EQ(validate(RAU_SS_MEAN, method), passes == 1 || converts ? 0 : -4029) << method;
-    if (passes == 1 || converts) {
-      EXPECT_EQ(plan.method, (method & kFast) != 0       ? MomentsMethod::kFast
-                             : (method & kOnePass) != 0  ? MomentsMethod::kOnePass
-                             : (method & kUserMean) != 0 ? MomentsMethod::kUserMean
-                                                         : MomentsMethod::kConversion);
-    }
+    std::fill_n(task.x.begin(), 15, 4.0);
+    results[kMean][0] = 2;
+    results[kSum][0] = 15;
+    EXPECT_EQ(task.compute(RAU_SS_MEAN, method), passes == 1 || converts ? 0 : -4029) << method;
+    const bool user = (method & kUserMean) != 0;
+    EXPECT_EQ(results[kMean][0], converts ? 3 : passes == 1 && !user ? 4 : 2) << method;
   }
 }
 
 TEST_F(MomentsNeeds, DataAndStorage) {
-  // The methods over observations; faults of arrays come first.
-  const SsTask whole = task;
+  SsTask& handle = *task.handle;
+  attach(~0u);
+  const auto compute = [&](uint32_t method) {
+    return task.compute(RAU_SS_COV | RAU_SS_STREAM_QUANTS, method);  // past the frame's checks
+  };
   for (const uint32_t method : {kFast, kOnePass, kUserMean}) {
-    task = whole;
-    task.covariance_storage = nullptr;
-    EXPECT_EQ(validate(RAU_SS_COV, method), -4044);
-    EXPECT_EQ(validate(RAU_SS_COR, method), 0);
-    storage = 4;
-    EXPECT_EQ(validate(RAU_SS_COV, method), -4003);
-    task.observation_storage = nullptr;
-    EXPECT_EQ(validate(RAU_SS_COV, method), -4044);
-    task.observations = nullptr;
-    EXPECT_EQ(validate(RAU_SS_COV, method), -4032);
-    n = 0;
-    EXPECT_EQ(validate(RAU_SS_COV, method), -4002);
-    task.observation_count = nullptr;
-    EXPECT_EQ(validate(RAU_SS_COV, method), -4002);
-    task.mean = nullptr;
-    EXPECT_EQ(validate(RAU_SS_COV, method), -4006);
-    storage = 0x30000;
-    n = 5;
-    task = whole;
-    EXPECT_EQ(validate(RAU_SS_COV, method), 0);
-    EXPECT_TRUE(plan.rows);
+    const SsTask whole = handle;
+    const int32_t none = 4, zero = 0;
+    handle.covariance_storage = nullptr;
+    EXPECT_EQ(compute(method), -4044);
+    handle.observation_storage = &none;
+    EXPECT_EQ(compute(method), -4003);
+    handle.observation_storage = nullptr;
+    EXPECT_EQ(compute(method), -4044);
+    handle.observations = nullptr;
+    EXPECT_EQ(compute(method), -4032);
+    handle.observation_count = &zero;
+    EXPECT_EQ(compute(method), -4002);
+    handle.observation_count = nullptr;
+    EXPECT_EQ(compute(method), -4002);
+    handle.mean = nullptr;
+    EXPECT_EQ(compute(method), -4006);
+    handle = whole;
   }
   // Conversions: the weight comes from the accumulated weights, or is the number of observations.
-  task = whole;
-  task.observations = nullptr;
-  task.observation_storage = nullptr;
-  EXPECT_EQ(validate(RAU_SS_COV, kCovariances), 0);
-  EXPECT_EQ(plan.n, 5);
-  task.weights = values;
-  EXPECT_EQ(validate(RAU_SS_COV, kCovariances), -4020);
-  task.accumulated_weight = values;
-  task.observation_count = nullptr;
-  EXPECT_EQ(validate(RAU_SS_COV, kCovariances), 0);
-  task.cross_product_storage = nullptr;
-  EXPECT_EQ(validate(RAU_SS_COV, kCovariances), -4044);
-  task.weights = task.accumulated_weight = nullptr;
-  EXPECT_EQ(validate(RAU_SS_COV, kCovariances), -4020);
+  double weight[2] = {3, 3};
+  results[kCrossProduct][0] = 8;
+  const auto convert = [&] {
+    const int32_t status = compute(kCovariances);
+    return status == -4069 || status == -4029 ? results[kCovariance][0] : status;
+  };
+  handle.observations = nullptr;
+  handle.observation_storage = nullptr;
+  EXPECT_EQ(convert(), 2);
+  handle.weights = weight;
+  EXPECT_EQ(convert(), -4020);
+  handle.accumulated_weight = weight;
+  handle.observation_count = nullptr;
+  EXPECT_EQ(convert(), 4);
+  handle.cross_product_storage = nullptr;
+  EXPECT_EQ(convert(), -4044);
+  handle.weights = handle.accumulated_weight = nullptr;
+  EXPECT_EQ(convert(), -4020);
 }
 
 // ---- Absolute deviations ----

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "statistics/summary/required_arrays.h"
+#include "statistics/summary/moments_plan.h"
 
 namespace orba::test {
 
@@ -24,7 +24,7 @@ class MomentsReference {
   template <class Real>
   MomentsReference(const std::vector<std::vector<Real>>& data, const std::vector<Real>& weights,
                    const std::vector<Real>& centres, bool fast)
-      : p_(data.size()), fast_(fast) {
+      : p_(data.size()), fast_(fast), user_(!centres.empty()) {
     const size_t n = data[0].size();
     const auto weight = [&](size_t i) { return weights.empty() ? Number(1) : weights[i]; };
     for (size_t i = 0; i < n; ++i) {
@@ -88,7 +88,9 @@ class MomentsReference {
                 c3.size / unit + 1.5L * std::abs(c3.value) / unit * c2.size / c2.value};
       }
       case kVariation: {
-        const Expected c2 = moment(j, 2), m = of(kMean, j, j);
+        const Number centre = variables_[j].base;
+        const Expected c2 = moment(j, 2),
+                       m = user_ ? Expected{centre, std::abs(centre)} : of(kMean, j, j);
         const Number ratio = std::abs(std::sqrt(c2.value) / m.value);
         return {std::sqrt(c2.value) / m.value,
                 ratio * (c2.size / c2.value + m.size / std::abs(m.value))};
@@ -141,7 +143,7 @@ class MomentsReference {
   }
 
   size_t p_;
-  bool fast_;
+  bool fast_, user_;
   std::vector<Variable> variables_;
   std::vector<Number> products_;
 };
