@@ -110,13 +110,10 @@ class Sweep {
   }
 
   int32_t run() noexcept {
-    const bool carries = Carried<Real>::wanted(task_, plan_, orders_);
     Arena size(nullptr);
     take_memory(size);
     const Scratch<char> memory(size.used());
-    if (!memory || (carries && !Carried<Real>::prepare(task_, plan_.p))) {
-      return RAU_SS_ERROR_MEM_FAILURE;
-    }
+    if (!memory) return RAU_SS_ERROR_MEM_FAILURE;
     Arena arena(memory.data());
     take_memory(arena);
 
@@ -138,9 +135,9 @@ class Sweep {
       WideSweep<Real> wide(ended);
       bool changed;
       if (const int32_t bad = wide.run(&changed)) return bad;
-      if (changed) return finish(wide.part(), wide.scratch(), carries);
+      if (changed) return finish(wide.part(), wide.scratch());
     }
-    return finish(whole, scratch, carries);
+    return finish(whole, scratch);
   }
 
  private:
@@ -344,7 +341,9 @@ class Sweep {
   }
 
   template <class Number>
-  int32_t finish(const MomentsPart<Number>& part, Number* scratch, bool carries) noexcept {
+  int32_t finish(const MomentsPart<Number>& part, Number* scratch) noexcept {
+    const bool carries = Carried<Real>::wanted(task_, plan_, orders_);
+    if (carries && !Carried<Real>::prepare(task_, plan_.p)) return RAU_SS_ERROR_MEM_FAILURE;
     const Weight<Real, Number> weight = {part.weight, part.squared_weight};
     write_moments(task_, plan_, part, pivot_);
     if (orders_.product) write_matrices(task_, plan_, weight, part.product, scratch);

@@ -1,14 +1,16 @@
-// A task with an array for every result of the moments driver, and how far these are off.
+// A task with an array for every result of the moments driver, and how far these are off from their
+// definitions in extended precision and two passes.
 #pragma once
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 #include <random>
+#include <sstream>
 #include <string>
 
-#include "services/threads/thread_count.h"
-#include "tests/summary/moments_reference.h"
+#include "statistics/summary/moments_plan.h"
 #include "tests/summary/task_fixture.h"
 
 namespace orba::test {
@@ -18,6 +20,120 @@ using namespace orba::statistics;
 constexpr uint32_t kFastMethod = RAU_SS_METHOD_FAST, kOnePassMethod = RAU_SS_METHOD_1PASS,
                    kUserMeanMethod = RAU_SS_METHOD_FAST_USER_MEAN;
 constexpr uint32_t kMethods[] = {kOnePassMethod, kFastMethod, kUserMeanMethod};
+
+// A number and the size of what it is made of: computing it well errs by a few epsilons of that.
+struct Expected {
+  long double value, size;
+};
+
+class MomentsReference {
+ public:
+  using Number = long double;
+
+  // Observations data[j][i]; without weights all are 1. Central results are around `centres`, or
+  // where there are none around the means; `fast` says that they come out of raw moments.
+  template <class Real>
+  MomentsReference(const std::vector<std::vector<Real>>& data, const std::vector<Real>& weights,
+                   const std::vector<Real>& centres, bool fast)
+      : p_(data.size()), fast_(fast), user_(!centres.empty()) {
+    const size_t n = data[0].size();
+    const auto weight = [&](size_t i) { return weights.empty() ? Number(1) : weights[i]; };
+    for (size_t i = 0; i < n; ++i) {
+      w += weight(i);
+      v += weight(i) * weight(i);
+    }
+    for (size_t j = 0; j < p_; ++j) {
+      Variable& x = variables_.emplace_back();
+      x.base = user_ ? centres[j] : data[j][n - 1];
+      for (size_t i = 0; i < n; ++i) {
+        add(x.raw, data[j][i], weight(i));
+        if (!user_) x.offset += weight(i) * (data[j][i] - x.base) / w;
+      }
+      for (size_t i = 0; i < n; ++i) add(x.central, x.deviation(data[j][i]), weight(i));
+    }
+    products_.resize(p_ * p_);
+    for (size_t e = 0; e < p_ * p_; ++e) {
+      const size_t j = e / p_, k = e % p_;
+      for (size_t i = 0; i < n; ++i) {
+        products_[e] +=
+            weight(i) * variables_[j].deviation(data[j][i]) * variables_[k].deviation(data[k][i]);
+      }
+    }
+  }
+
+  // Of variable j; of matrices row j and column k.
+  Expected of(uint32_t result, size_t j, size_t k) const {
+    const Variable& x = variables_[j];
+    if (result <= kRawMoment4) return scaled(x.raw[result - kMean + 1], 1 / w);
+    if (result <= kCentralMoment4) return moment(j, result - kCentralMoment2 + 2);
+    if (result >= kSum && result <= kRawSum4) return x.raw[result - kSum + 1];
+    if (result >= kCentralSum2 && result <= kCentralSum4) {
+      return central(j, result - kCentralSum2 + 2);
+    }
+    if (result == kCrossProduct) return product(j, k);
+    if (result == kCovariance || (result == kCorrelation && j == k)) {  // whose diagonal it is
+      return scaled(product(j, k), 1 / (w - v / w));
+    }
+    // Ratios: relative errors of the parts add up.
+    const auto ratio = [](Expected above, Number unit, Number others) {
+      const Number value = above.value / unit;
+      return Expected{value, above.size / unit + std::abs(value) * others};
+    };
+    if (result == kCorrelation) {
+      const Expected jj = product(j, j), kk = product(k, k);
+      return ratio(product(j, k), std::sqrt(jj.value * kk.value),
+                   jj.size / jj.value + kk.size / kk.value);
+    }
+    const Expected c2 = moment(j, 2);
+    const Number own = c2.size / c2.value;
+    if (result == kVariation) {
+      const Expected m = user_ ? Expected{x.base, std::abs(x.base)} : scaled(x.raw[1], 1 / w);
+      const Number value = std::sqrt(c2.value) / m.value;
+      return {value, std::abs(value) * (own + m.size / std::abs(m.value))};
+    }
+    if (result == kSkewness) return ratio(moment(j, 3), c2.value * std::sqrt(c2.value), 1.5L * own);
+    const Expected kurtosis = ratio(moment(j, 4), c2.value * c2.value, 2 * own);
+    return {kurtosis.value - 3, kurtosis.size};
+  }
+
+  Number w = 0, v = 0;
+
+ private:
+  struct Variable {
+    Expected raw[5] = {}, central[5] = {};  // sums of powers
+    Number base = 0, offset = 0;            // their sum is the centre, more exactly than a number
+
+    Number deviation(Number x) const { return (x - base) - offset; }
+  };
+
+  static Expected scaled(Expected x, Number factor) {
+    return {x.value * factor, x.size * std::abs(factor)};
+  }
+  static void add(Expected (&sums)[5], Number x, Number weight) {
+    Number power = weight;
+    for (int k = 1; k <= 4; ++k) {
+      power *= x;
+      sums[k].value += power;
+      sums[k].size += std::abs(power);
+    }
+  }
+  Expected central(size_t j, uint32_t k) const {
+    const Variable& x = variables_[j];
+    // The coefficients of the raw moments add up to less than 2^k.
+    return {x.central[k].value, fast_ ? x.raw[k].size * (1 << k) : x.central[k].size};
+  }
+  Expected moment(size_t j, uint32_t k) const {
+    return scaled(central(j, k), k == 2 ? w / (w * w - v) : 1 / w);
+  }
+  Expected product(size_t j, size_t k) const {
+    return {products_[j * p_ + k], std::sqrt(central(j, 2).size * central(k, 2).size)};
+  }
+
+  size_t p_;
+  bool fast_, user_;
+  std::vector<Variable> variables_;
+  std::vector<Number> products_;
+};
 
 // By MomentsResult.
 struct Row {
@@ -53,13 +169,8 @@ constexpr Row kRows[] = {
 };
 static_assert(std::size(kRows) == kMomentsResultCount);
 
-constexpr uint64_t every_estimate() {
-  uint64_t all = 0;
-  for (const Row& row : kRows) all |= row.estimate;
-  return all;
-}
-constexpr uint64_t kMatrices = RAU_SS_COV | RAU_SS_COR | RAU_SS_CP;
-constexpr uint64_t kEverything = every_estimate(), kVectors = kEverything & ~kMatrices;
+constexpr uint64_t kEverything = 0x1FE0033FF, kMatrices = RAU_SS_COV | RAU_SS_COR | RAU_SS_CP,
+                   kVectors = kEverything & ~kMatrices;
 
 template <class Real>
 using Data = std::vector<std::vector<Real>>;
@@ -67,6 +178,17 @@ using Data = std::vector<std::vector<Real>>;
 inline uint32_t required(const Row& row, uint32_t method) {
   if (method == kFastMethod) return row.fast;
   return method == kOnePassMethod || method == kUserMeanMethod ? row.one_pass : row.conversion;
+}
+
+// Every result that a call for some writes.
+inline uint64_t computed_with(uint64_t estimates, uint32_t method) {
+  uint64_t computed = 0;
+  for (const Row& row : kRows) {
+    for (uint32_t r = 0; r < kMomentsResultCount && (estimates & row.estimate) != 0; ++r) {
+      if ((required(row, method) >> r & 1) != 0) computed |= kRows[r].estimate;
+    }
+  }
+  return method == kUserMeanMethod ? computed & ~RAU_SS_MEAN : computed;
 }
 
 constexpr double kUntouched = -77;
@@ -105,17 +227,11 @@ struct MomentsTask : Task<Real> {
   void accumulate() { this->edit(RAU_SS_ED_ACCUM_WEIGHT, accumulated.data()); }
 
   Real get(uint32_t r, size_t j, size_t k) const {
-    const size_t size = static_cast<size_t>(this->p);
     if (kRows[r].storage_id == 0) return results[r][j];
-    const size_t low = std::min(j, k), high = std::max(j, k);
-    switch (storages[r]) {
-      case RAU_SS_MATRIX_STORAGE_L_PACKED:
-        return results[r][high * (high + 1) / 2 + low];
-      case RAU_SS_MATRIX_STORAGE_U_PACKED:
-        return results[r][low * size - low * (low + 1) / 2 + high];
-      default:
-        return results[r][j * size + k];
-    }
+    const size_t size = static_cast<size_t>(this->p), low = std::min(j, k), high = std::max(j, k);
+    const size_t by_storage[] = {j * size + k, high * (high + 1) / 2 + low,
+                                 low * size - low * (low + 1) / 2 + high};
+    return results[r][by_storage[storages[r]]];
   }
 
   std::array<std::vector<Real>, kMomentsResultCount> results;
@@ -133,36 +249,30 @@ struct Worst {
 
   void see(const MomentsTask<Real>& task, const MomentsReference& reference, uint64_t estimates,
            long double loss = 1) {
-    constexpr long double epsilon = std::numeric_limits<Real>::epsilon();
+    using Limits = std::numeric_limits<Real>;
     const auto p = static_cast<size_t>(task.p);
-    for (uint32_t r = 0; r < kMomentsResultCount; ++r) {
-      if ((estimates & kRows[r].estimate) == 0) continue;
-      for (size_t j = 0; j < p; ++j) {
-        for (size_t k = kRows[r].storage_id != 0 ? 0 : j;
-             k < (kRows[r].storage_id != 0 ? p : j + 1); ++k) {
-          const Real got = task.get(r, j, k);
-          if (!task.selects(static_cast<int32_t>(j)) || !task.selects(static_cast<int32_t>(k))) {
-            EXPECT_EQ(got, Real(kUntouched)) << kRows[r].name << " of a variable left out";
-            continue;
-          }
-          const Expected expected = reference.of(r, j, k);
-          if (ratio_without_digits(reference, r, j, k, loss)) continue;
-          // Outside the range of Real there are infinities, and denormal numbers with few digits.
-          const bool overflows = std::abs(expected.value) > std::numeric_limits<Real>::max();
-          const Real infinity = std::numeric_limits<Real>::infinity();
-          if (overflows && got == (expected.value > 0 ? infinity : -infinity)) continue;
-          const long double off = std::abs(got - expected.value);
-          const long double size =
-              std::max<long double>(expected.size, std::numeric_limits<Real>::min());
-          const long double units = off == 0 ? 0 : off / (size * epsilon * loss);
-          if (!(units <= error)) {
-            error = std::isnan(units) ? std::numeric_limits<long double>::infinity() : units;
-            where = std::string(kRows[r].name) + " of " + std::to_string(j) + ", " +
-                    std::to_string(k) + ": " + std::to_string(static_cast<double>(got)) + " for " +
-                    std::to_string(static_cast<double>(expected.value));
-          }
-        }
+    for (size_t e = 0; e < kMomentsResultCount * p * p; ++e) {
+      const auto r = static_cast<uint32_t>(e / (p * p));
+      const size_t j = e / p % p, k = e % p;
+      if ((estimates & kRows[r].estimate) == 0 || (kRows[r].storage_id == 0 && j != k)) continue;
+      const Real got = task.get(r, j, k);
+      if (!task.selects(static_cast<int32_t>(j)) || !task.selects(static_cast<int32_t>(k))) {
+        EXPECT_EQ(got, Real(kUntouched)) << kRows[r].name << " of a variable left out";
+        continue;
       }
+      const Expected expected = reference.of(r, j, k);
+      if (ratio_without_digits(reference, r, j, k, loss)) continue;
+      // Outside the range of Real there are infinities, and denormal numbers with few digits.
+      const bool overflows = std::abs(expected.value) > Limits::max();
+      if (overflows && got == std::copysign(Limits::infinity(), expected.value)) continue;
+      const long double off = std::abs(got - expected.value);
+      const long double size = std::max<long double>(expected.size, Limits::min());
+      const long double units = off == 0 ? 0 : off / (size * Limits::epsilon() * loss);
+      if (units <= error) continue;
+      error = std::isnan(units) ? std::numeric_limits<long double>::infinity() : units;
+      std::ostringstream text;
+      text << kRows[r].name << " of " << j << ", " << k << ": " << got << " for " << expected.value;
+      where = text.str();
     }
   }
 
@@ -170,13 +280,12 @@ struct Worst {
   static bool ratio_without_digits(const MomentsReference& reference, uint32_t r, size_t j,
                                    size_t k, long double loss) {
     if (r != kKurtosis && r != kSkewness && r != kVariation && r != kCorrelation) return false;
-    for (const size_t variable : {j, k}) {
+    const auto none = [&](size_t variable) {
       const Expected variance = reference.of(kCentralMoment2, variable, variable);
-      if (!(variance.size * loss * std::numeric_limits<Real>::epsilon() < 1e-3L * variance.value)) {
-        return true;
-      }
-    }
-    return false;
+      return !(variance.size * loss * std::numeric_limits<Real>::epsilon() <
+               1e-3L * variance.value);
+    };
+    return none(j) || none(k);
   }
 };
 
@@ -238,12 +347,5 @@ std::vector<Real> means_of(const Data<Real>& data, const std::vector<Real>& weig
   }
   return means;
 }
-
-// Threads of this process's calls while it lives.
-struct Threads {
-  explicit Threads(int32_t count) : old(orba::services::set_local_thread_count(count)) {}
-  ~Threads() { orba::services::set_local_thread_count(old); }
-  int32_t old;
-};
 
 }  // namespace orba::test
