@@ -7,14 +7,14 @@
 // deviation differ by in size is lost in accuracy. The other methods sum around means.
 #include "statistics/summary/moments.h"
 
-#include <string.h>
-
 #include <algorithm>
 #include <cmath>
 #include <type_traits>
 
 #include "dense/dense.h"
 #include "statistics/frame/threading.h"
+#include "statistics/summary/moments_prior.h"
+#include "statistics/summary/moments_range.h"
 #include "statistics/summary/moments_results.h"
 #include "statistics/summary/scratch.h"
 
@@ -82,51 +82,6 @@ class Arena {
   bool overflow_ = false;
 };
 
-// What the result arrays cannot tell the next call, kept by the task: under kUserMean the caller's
-// means and how far the true ones are from them; under kOnePass central sums of orders 2 and 3
-// that a higher one needs and nobody asked for. It holds as long as it belongs to the accumulated
-// weight.
-template <class Real>
-struct Carried {
-  int64_t p;
-  int64_t element_size;
-  MomentsMethod method;
-  Real weight;
-  alignas(128) Real values[1];  // two rows of p
-
-  Real* row(int64_t i) noexcept { return values + i * p; }
-
-  // Null when the task holds nothing of the kind.
-  static Carried* find(const SsTask& task, const MomentsPlan& plan, Real weight) noexcept {
-    auto* held = static_cast<Carried*>(task.saved_mean);
-    return fits(task, plan.p) && held->method == plan.method && held->weight == weight ? held
-                                                                                       : nullptr;
-  }
-
-  // Makes room in the task; false without memory.
-  static bool prepare(SsTask& task, int64_t p) noexcept {
-    if (fits(task, p)) return true;
-    Arena size(nullptr);
-    size.take<Carried>(1);
-    size.take<Real>(2 * p);
-    auto* made = static_cast<Carried*>(
-        size.used() < 0 ? nullptr : services::allocate(static_cast<uint64_t>(size.used()), 128));
-    if (made == nullptr) return false;
-    made->p = p;
-    made->element_size = sizeof(Real);
-    made->weight = 0;  // no continued call has it
-    services::free_memory(task.saved_mean);
-    task.saved_mean = made;
-    return true;
-  }
-
- private:
-  static bool fits(const SsTask& task, int64_t p) noexcept {
-    const auto* held = static_cast<const Carried*>(task.saved_mean);
-    return held != nullptr && held->element_size == sizeof(Real) && held->p == p;
-  }
-};
-
 template <class Real>
 struct ThreadState {
   MomentsPart<Real> part;
@@ -155,36 +110,41 @@ class Sweep {
   }
 
   int32_t run() noexcept {
-    const bool carries = must_carry();
     Arena size(nullptr);
     take_memory(size);
     const Scratch<char> memory(size.used());
-    if (!memory || (carries && !Carried<Real>::prepare(task_, plan_.p))) {
-      return RAU_SS_ERROR_MEM_FAILURE;
-    }
+    if (!memory) return RAU_SS_ERROR_MEM_FAILURE;
     Arena arena(memory.data());
     take_memory(arena);
 
-    read_prior();
+    find_pivot();
+    read_prior<Real>(task_, plan_, orders_, pivot_, &states_[0].part);
+    for (int64_t t = 1; t < threads_; ++t) states_[t].part.clear(plan_.p);
     const auto body = [](int64_t item, int32_t, int32_t, void* context) {
       static_cast<Sweep*>(context)->sweep(item);
     };
     orba_rau_serv_threader_for(threads_, static_cast<int32_t>(threads_), this, body);
     MomentsPart<Real>& whole = states_[0].part;
+    Real* const scratch = states_[0].work.difference;
     for (int64_t t = 1; t < threads_; ++t) {
-      merge_parts(statistics_class_, orders_, plan_.p, &whole, states_[t].part,
-                  states_[0].work.difference);
+      merge_parts(statistics_class_, orders_, plan_.p, &whole, states_[t].part, scratch);
     }
-    if (carries) carry(whole);
-    write_results(whole);
-    return RAU_STATUS_OK;
+
+    const EndedSweep<Real> ended = {task_, plan_, orders_, pivot_, whole};
+    if (RangeCheck<Real>(ended).any()) [[unlikely]] {
+      WideSweep<Real> wide(ended);
+      bool changed;
+      if (const int32_t bad = wide.run(&changed)) return bad;
+      if (changed) return finish(wide.part(), wide.scratch());
+    }
+    return finish(whole, scratch);
   }
 
  private:
   // ---- What to keep, and where ----
 
   void find_orders() noexcept {
-    orders_ = {plan_.method, 1, 1, needs_product(plan_)};
+    orders_ = {plan_.method, 1, 1, plan_.needs_product()};
     for (int k = 2; k <= 4; ++k) {
       if (results_.raw(k) != nullptr || results_.raw_sum(k) != nullptr) orders_.raw = k;
       // The fast method makes central results from raw moments.
@@ -229,8 +189,7 @@ class Sweep {
       if (orders_.product) {
         int64_t square = 0;
         if (__builtin_mul_overflow(p, p, &square)) square = INT64_MAX;
-        state.part.product = t == 0 && product_in_place(task_, plan_) ? results_.of(kCovariance)
-                                                                      : arena.take<Real>(square);
+        state.part.product = arena.take<Real>(square);
         int64_t copy = 0;
         if (__builtin_mul_overflow(chunk_, p, &copy)) copy = INT64_MAX;
         if (plan_.method != MomentsMethod::kFast) state.plain = arena.take<Real>(copy);
@@ -241,142 +200,31 @@ class Sweep {
     }
   }
 
-  static void clear(Real* x, int64_t count) noexcept {
-    if (x != nullptr) memset(x, 0, static_cast<size_t>(count) * sizeof(Real));
-  }
-  void clear(const MomentsPart<Real>& part) const noexcept {
-    clear(part.mean, plan_.p);
-    for (Real* x : part.raw) clear(x, plan_.p);
-    for (Real* x : part.central) clear(x, plan_.p);
-    clear(part.product, plan_.p * plan_.p);
-  }
-
-  // ---- Continuing from the results of earlier calls ----
-
-  void read_prior() noexcept {
-    for (int64_t t = 1; t < threads_; ++t) clear(states_[t].part);
-    MomentsPart<Real>& part = states_[0].part;
-    if (const auto* kept = static_cast<const Real*>(task_.accumulated_weight)) {
-      part.weight = kept[0];
-      part.squared_weight = kept[1];
-    }
-    const bool continues = part.weight > 0;
-    find_pivot(continues, part.weight);
-    if (!continues) return clear(part);
-    Carried<Real>* carried = Carried<Real>::find(task_, plan_, part.weight);
-    read_prior_moments(part, carried);
-    if (orders_.product) {
-      read_product(task_, plan_, {part.weight, part.squared_weight}, part.product);
-      if (carried != nullptr && plan_.method == MomentsMethod::kUserMean) rebase(part, carried);
-    }
-  }
-
   // Under kOnePass any number near the observations will do: means are kept as differences from
-  // it, so that they lose nothing by being far from 0.
-  void find_pivot(bool continues, Real weight) noexcept {
+  // it, so that they lose nothing by being far from 0. Under kUserMean it is the caller's mean, or
+  // 0 where nothing asked for is about one.
+  void find_pivot() noexcept {
+    pivot_ = own_pivot_;
     if (plan_.method != MomentsMethod::kOnePass) {
-      pivot_ = plan_.method == MomentsMethod::kUserMean ? results_.raw(1) : nullptr;
+      const bool user = plan_.method == MomentsMethod::kUserMean;
+      if (user && results_.raw(1) != nullptr) pivot_ = results_.raw(1);
+      std::fill_n(own_pivot_, plan_.p, Real(0));
       return;
     }
-    pivot_ = own_pivot_;
     int64_t i = 0;
     while (weights_ != nullptr && i < plan_.n && weights_[i] == 0) ++i;
     const auto* x = static_cast<const Real*>(task_.observations);
+    const auto* kept = static_cast<const Real*>(task_.accumulated_weight);
+    const Real *mean = results_.raw(1), *sum = results_.raw_sum(1);
+    const bool continues = kept != nullptr && kept[0] > 0 && (mean != nullptr || sum != nullptr);
     for (int64_t j = 0; j < plan_.p; ++j) {
       Real near = 0;
-      if (continues && has_prior_mean()) {
-        near = prior_mean(j, weight);
+      if (continues) {
+        near = mean != nullptr ? mean[j] : sum[j] / kept[0];
       } else if (i < plan_.n) {
         near = rows_ ? x[j * leading_ + i] : x[i * leading_ + j];
       }
       own_pivot_[j] = std::isfinite(near) ? near : 0;
-    }
-  }
-
-  bool has_prior_mean() const noexcept {
-    return results_.raw(1) != nullptr || results_.raw_sum(1) != nullptr;
-  }
-  Real prior_mean(int64_t j, Real weight) const noexcept {
-    return results_.raw(1) != nullptr ? results_.raw(1)[j] : results_.raw_sum(1)[j] / weight;
-  }
-
-  void read_prior_moments(MomentsPart<Real>& part, Carried<Real>* carried) noexcept {
-    const Real w = part.weight;
-    const Weight<Real> weight = {w, part.squared_weight};
-    for (int64_t j = 0; j < plan_.p; ++j) {
-      part.mean[j] = prior_offset(j, w, carried);
-      for (int k = 2; k <= orders_.raw; ++k) {
-        const Real *moment = results_.raw(k), *sum = results_.raw_sum(k);
-        part.raw[k - 2][j] = moment != nullptr ? moment[j] : sum != nullptr ? sum[j] / w : 0;
-      }
-      for (int k = 2; k <= orders_.central; ++k) {
-        part.central[k - 2][j] = prior_central_sum(k, j, weight, carried);
-      }
-    }
-  }
-
-  // What the part's mean starts from.
-  Real prior_offset(int64_t j, Real weight, Carried<Real>* carried) const noexcept {
-    switch (plan_.method) {
-      case MomentsMethod::kUserMean:
-        if (carried != nullptr) return carried->row(1)[j] + (carried->row(0)[j] - pivot_[j]);
-        return results_.raw_sum(1) != nullptr ? results_.raw_sum(1)[j] / weight - pivot_[j] : 0;
-      case MomentsMethod::kFast:
-        return has_prior_mean() ? prior_mean(j, weight) : 0;
-      default:
-        return has_prior_mean() ? prior_mean(j, weight) - pivot_[j] : 0;
-    }
-  }
-
-  // From the sum, or the moment; under kOnePass, where higher sums depend on lower ones that nobody
-  // may have asked for, also from what the task carries or from raw moments.
-  Real prior_central_sum(int k, int64_t j, const Weight<Real>& weight,
-                         Carried<Real>* carried) const noexcept {
-    if (const Real* sum = results_.central_sum(k)) return sum[j];
-    const bool one_pass = plan_.method == MomentsMethod::kOnePass;
-    if (const Real* moment = results_.central(k)) {
-      if (k > 2) return moment[j] * weight.w;
-      // After a single observation the moment was 0/0.
-      const Real degrees = (weight.w * weight.w - weight.v) / weight.w;
-      return one_pass && degrees == 0 ? 0 : moment[j] * degrees;
-    }
-    if (!one_pass) return 0;  // nor does anything depend on it
-    if (carried != nullptr) return carried->row(k - 2)[j];
-    const Real *r1 = results_.raw(1), *r2 = results_.raw(2), *r3 = results_.raw(3);
-    if (r1 == nullptr || r2 == nullptr || (k == 3 && r3 == nullptr)) return NAN;
-    const Real m = r1[j];
-    return weight.w * (k == 2 ? r2[j] - m * m : (2 * m * m - 3 * r2[j]) * m + r3[j]);
-  }
-
-  // Products around the means of the call before become products around those of this one.
-  void rebase(MomentsPart<Real>& part, Carried<Real>* carried) noexcept {
-    const int64_t p = plan_.p;
-    if (std::equal(pivot_, pivot_ + p, carried->row(0))) return;
-    call_.syr('u', p, -part.weight, carried->row(1), part.product, p);
-    call_.syr('u', p, part.weight, part.mean, part.product, p);
-  }
-
-  bool must_carry() const noexcept {
-    if (task_.accumulated_weight == nullptr) return false;
-    if (plan_.method == MomentsMethod::kUserMean) return orders_.product;
-    bool missing = false;
-    for (int k = 2; k < orders_.central; ++k) {
-      missing = missing || (results_.central(k) == nullptr && results_.central_sum(k) == nullptr);
-    }
-    return missing;
-  }
-
-  void carry(const MomentsPart<Real>& part) noexcept {
-    auto* carried = static_cast<Carried<Real>*>(task_.saved_mean);
-    carried->method = plan_.method;
-    carried->weight = part.weight;
-    if (plan_.method == MomentsMethod::kUserMean) {
-      std::copy_n(pivot_, plan_.p, carried->row(0));
-      std::copy_n(part.mean, plan_.p, carried->row(1));
-    } else {
-      for (int k = 2; k < orders_.central; ++k) {
-        std::copy_n(part.central[k - 2], plan_.p, carried->row(k - 2));
-      }
     }
   }
 
@@ -492,16 +340,19 @@ class Sweep {
     }
   }
 
-  void write_results(const MomentsPart<Real>& part) noexcept {
-    const Weight<Real> weight = {part.weight, part.squared_weight};
+  template <class Number>
+  int32_t finish(const MomentsPart<Number>& part, Number* scratch) noexcept {
+    const bool carries = Carried<Real>::wanted(task_, plan_, orders_);
+    if (carries && !Carried<Real>::prepare(task_, plan_.p)) return RAU_SS_ERROR_MEM_FAILURE;
+    const Weight<Real, Number> weight = {part.weight, part.squared_weight};
     write_moments(task_, plan_, part, pivot_);
-    if (orders_.product) {
-      write_matrices(task_, plan_, weight, part.product, states_[0].work.difference);
-    }
+    if (orders_.product) write_matrices(task_, plan_, weight, part.product, scratch);
     if (auto* kept = static_cast<Real*>(task_.accumulated_weight)) {
-      kept[0] = weight.w;
-      kept[1] = weight.v;
+      kept[0] = static_cast<Real>(weight.w);
+      kept[1] = static_cast<Real>(weight.v);
     }
+    if (carries) Carried<Real>::leave(task_, plan_, orders_, part, pivot_);
+    return RAU_STATUS_OK;
   }
 
   SsTask& task_;

@@ -8,9 +8,23 @@
 
 #include <stdint.h>
 
-#include "statistics/summary/required_arrays.h"
+#include "statistics/summary/moments_plan.h"
 
 namespace orba::statistics {
+
+// A type that holds fourth powers of a type's numbers, and sums and products of them with weights.
+template <class Real>
+struct WiderThan;
+template <>
+struct WiderThan<float> {
+  using Type = double;
+};
+template <>
+struct WiderThan<double> {
+  using Type = long double;
+};
+template <class Real>
+using Wide = typename WiderThan<Real>::Type;
 
 // What is kept of each variable, beside its mean, under one of the three methods over observations.
 struct MomentsOrders {
@@ -32,6 +46,17 @@ struct MomentsPart {
   Real* raw[3];      // averages of x^2, x^3, x^4; null where not kept
   Real* central[3];  // sums of (x - mean)^2, ^3, ^4; null where not kept
   Real* product;     // p x p sums of (x_j - mean_j)(x_k - mean_k), row by row, used for k <= j
+
+  // All but the weights, for p variables.
+  void clear(int64_t p) const noexcept {
+    const auto clear = [](Real* x, int64_t count) {
+      for (int64_t i = 0; x != nullptr && i < count; ++i) x[i] = 0;
+    };
+    clear(mean, p);
+    for (Real* x : raw) clear(x, p);
+    for (Real* x : central) clear(x, p);
+    clear(product, p * p);
+  }
 };
 
 // Consecutive observations.

@@ -24,11 +24,11 @@ class Task {
         storage(in_rows ? RAU_SS_MATRIX_STORAGE_ROWS : RAU_SS_MATRIX_STORAGE_COLS),
         rows(in_rows),
         x(static_cast<size_t>(p) * static_cast<size_t>(n)) {
-    if constexpr (is_double<Real>) {
-      EXPECT_EQ(raudSSNewTask(&handle, &p, &n, &storage, x.data(), nullptr, nullptr), 0);
-    } else {
-      EXPECT_EQ(rausSSNewTask(&handle, &p, &n, &storage, x.data(), nullptr, nullptr), 0);
-    }
+    const auto make = [&](auto* entry) {
+      EXPECT_EQ(entry(&handle, &p, &n, &storage, x.data(), nullptr, nullptr), 0);
+    };
+    if constexpr (is_double<Real>) make(raudSSNewTask);
+    if constexpr (!is_double<Real>) make(rausSSNewTask);
   }
   ~Task() { rauSSDeleteTask(&handle); }
   Task(const Task&) = delete;
@@ -60,21 +60,16 @@ class Task {
   bool selects(int32_t j) const { return mask.empty() || mask[static_cast<size_t>(j)] != 0; }
 
   void edit(int32_t id, Real* address) {
-    if constexpr (is_double<Real>) {
-      EXPECT_EQ(raudSSEditTask(handle, id, address), 0);
-    } else {
-      EXPECT_EQ(rausSSEditTask(handle, id, address), 0);
-    }
+    const auto call = [&](auto* entry) { EXPECT_EQ(entry(handle, id, address), 0); };
+    if constexpr (is_double<Real>) call(raudSSEditTask);
+    if constexpr (!is_double<Real>) call(rausSSEditTask);
   }
   void edit(int32_t id, const int32_t* address) {
     EXPECT_EQ(rauiSSEditTask(handle, id, address), 0);
   }
   int32_t compute(uint64_t estimates, uint32_t method) {
-    if constexpr (is_double<Real>) {
-      return raudSSCompute(handle, estimates, method);
-    } else {
-      return rausSSCompute(handle, estimates, method);
-    }
+    if constexpr (is_double<Real>) return raudSSCompute(handle, estimates, method);
+    if constexpr (!is_double<Real>) return rausSSCompute(handle, estimates, method);
   }
 
   int32_t p, n, storage;

@@ -103,7 +103,7 @@ void add_block_merged(const MomentsOrders& orders, const MomentsBlock<Real>& blo
   const Observed<Real> o = observed(block, first, last);
   const int64_t count = last - first;
   const int powers = orders.raw > orders.central ? orders.raw : orders.central;
-  const Merger<V> merge(part.weight, block.weight);
+  const statistics::Merger<V, Real> merge(part.weight, block.weight);
   const V weight(block.weight), inverse(block.weight != 0 ? 1 / block.weight : 0);
 
   sum_powers<V>(o, 1, block.pivot + first, work);
@@ -161,7 +161,7 @@ void add_block(const MomentsOrders& orders, const MomentsBlock<Real>& block,
 template <class V, class Real = typename V::Element>
 void merge_moments(const MomentsOrders& orders, int64_t p, const MomentsPart<Real>& a,
                    const MomentsPart<Real>& b, Real* difference) {
-  const Merger<V> merge(a.weight, b.weight);
+  const statistics::Merger<V, Real> merge(a.weight, b.weight);
   for (int64_t j = 0; j < p; j += V::lanes) {
     Moments<V> to = load_moments<V>(a, orders, j, p - j);
     const V d = merge(orders, to, load_moments<V>(b, orders, j, p - j));
