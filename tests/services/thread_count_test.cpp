@@ -55,40 +55,34 @@ using Counts = std::array<int32_t, kDomainCount>;  // all, BLAS, FFT, KAM, SOLVE
 TEST(ThreadSettings, Variables) {
   EXPECT_EQ(std::to_array(read_from({}).count), (Counts{-1, -1, -1, -1, -1}));
   EXPECT_EQ(read_from({}).dynamic, 1);
+  using Word = int32_t (*)(const ThreadSettings&);
+  const Word all = [](const ThreadSettings& s) { return s.count[0]; };
+  const Word openmp = [](const ThreadSettings& s) { return s.openmp_count; };
+  const Word stripes = [](const ThreadSettings& s) { return s.stripes; };
+  const Word level = [](const ThreadSettings& s) { return s.mpi_thread_level; };
+  const Word dynamic = [](const ThreadSettings& s) { return s.dynamic; };
+  const Word processes = [](const ThreadSettings& s) { return s.processes_per_node; };
   const struct {
     const char* name;
-    int32_t (*word)(const ThreadSettings&);
+    Word word;
     std::vector<std::pair<std::string, int32_t>> values;
   } variables[] = {
+      // clang-format off
       // Thread counts: digits alone; anything else asks for one thread; 0 asks for nothing.
-      {"ORBA_NUM_THREADS",
-       [](const ThreadSettings& s) { return s.count[0]; },
-       {{"", -1},
-        // clang-format off
-        {"4", 4}, {"abc", 1}, {" 4", 1}, {"-4", 1}, {"0", -1}, {"99999999999999999999", INT32_MAX},
-        {std::string(254, '0') + '2', 2}, {std::string(256, '2'), -1}}},
-      // clang-format on
-      {"OMP_NUM_THREADS",
-       [](const ThreadSettings& s) { return s.openmp_count; },
-       {{"", -1}, {"8", 8}, {"4,2", 1}, {"0", -1}}},
-      {"ORBA_NUM_STRIPES",
-       [](const ThreadSettings& s) { return s.stripes; },
-       {{"", -1}, {"3", 3}, {"0", 0}, {"3x", -1}}},
-      {"TSL_MPI_THREAD_LEVEL",
-       [](const ThreadSettings& s) { return s.mpi_thread_level; },
-       {{"", -1}, {"0", 0}, {"3", 3}, {"4", 0}, {"two", 0}}},
-      {"ORBA_DYNAMIC",
-       [](const ThreadSettings& s) { return s.dynamic; },
-       {{"FALSE", 0},
-        // clang-format off
-        {"false", 0}, {" 'FALSE'", 0}, {"\"false\" x", 0}, {"", 1}, {"TRUE", 1}, {"False", 1},
-        {"FALSE,", 1}, {"FALSEX", 1}, {"0", 1}, {" ", 1}}},
-      {"ORBA_MPI_PPN",
-       [](const ThreadSettings& s) { return s.processes_per_node; },
-       {{"", -1},
-        {"4", 4}, {" +4", 4}, {"4 ", -1}, {"0", -1}, {"-2", -1}, {"99999999999", INT32_MAX}}},
-      // clang-format on
-  };
+      {"ORBA_NUM_THREADS", all,
+       {{"", -1}, {"4", 4}, {"abc", 1}, {" 4", 1}, {"-4", 1}, {"0", -1},
+        {"99999999999999999999", INT32_MAX}, {std::string(254, '0') + '2', 2},
+        {std::string(256, '2'), -1}}},
+      {"OMP_NUM_THREADS", openmp, {{"", -1}, {"8", 8}, {"4,2", 1}, {"0", -1}}},
+      {"ORBA_NUM_STRIPES", stripes, {{"", -1}, {"3", 3}, {"0", 0}, {"3x", -1}}},
+      {"TSL_MPI_THREAD_LEVEL", level, {{"", -1}, {"0", 0}, {"3", 3}, {"4", 0}, {"two", 0}}},
+      {"ORBA_DYNAMIC", dynamic,
+       {{"FALSE", 0}, {"false", 0}, {" 'FALSE'", 0}, {"\"false\" x", 0}, {"", 1}, {"TRUE", 1},
+        {"False", 1}, {"FALSE,", 1}, {"FALSEX", 1}, {"0", 1}, {" ", 1}}},
+      {"ORBA_MPI_PPN", processes,
+       {{"", -1}, {"4", 4}, {" +4", 4}, {"4 ", -1}, {"0", -1}, {"-2", -1},
+        {"99999999999", INT32_MAX}}}};
+  // clang-format on
   for (const auto& variable : variables) {
     for (const auto& [text, value] : variable.values) {
       const ThreadSettings settings = read_from({{variable.name, text}});
@@ -179,7 +173,8 @@ TEST(ThreadPolicy, CountInMpiJob) {
     return count(Domain::kam, cores, more);
   };
   EXPECT_EQ(shared({{"TSL_MPI_THREAD_LEVEL", "1"}}), 4);
-  EXPECT_EQ(shared({{"TSL_MPI_THREAD_LEVEL", "3"}}, 64), 12);  // the runtime's stays the limit
+  EXPECT_EQ(shared({{"TSL_MPI_THREAD_LEVEL", "3"}}, 64),
+            12);  // the runtime's stays the limit
   EXPECT_EQ(shared({{"TSL_MPI_THREAD_LEVEL", "3"}}, 7), 1);
   EXPECT_EQ(shared({{"TSL_MPI_THREAD_LEVEL", "0"}}), 1);
   EXPECT_EQ(shared({}), 1);
@@ -216,8 +211,8 @@ TEST(ThreadPolicy, Balance) {
 
 // ---- the machine ----
 
-// A made-up /sys/devices/system: eight cores with two hardware threads each, i and i + 8, on two
-// nodes of odd and even cores; a third node has memory only.
+// A made-up /sys/devices/system: eight cores with two hardware threads each, i
+// and i + 8, on two nodes of odd and even cores; a third node has memory only.
 class MadeUpMachine {
  public:
   MadeUpMachine()

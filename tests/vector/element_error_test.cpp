@@ -1,13 +1,13 @@
-#include "vector/words/kernel_hooks.h"
-
 #include <errno.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <unistd.h>
 
 #include <string>
+#include <tuple>
 
 #include "tests/support/observe.h"
+#include "vector/words/kernel_hooks.h"
 #include "vector/words/thread_words.h"
 
 namespace {
@@ -114,7 +114,8 @@ class ElementLayout : public ElementError {
   static int position(int array) {
     return kStart + kIndex * Layout::kIncrement[array] * Layout::kParts;
   }
-  // Checks that only the result elements in error differ from the start, by these values.
+  // Checks that only the result elements in error differ from the start, by
+  // these values.
   void expect_results(double r1, double r2, double r1_im, double r2_im) {
     const double wanted[4][2] = {{}, {}, {r1, r1_im}, {r2, r2_im}};
     for (int k = 0; k < 4; ++k) {
@@ -182,31 +183,26 @@ TYPED_TEST(ElementLayout, NoElementWithoutArrays) {
 }
 
 TEST_F(ElementError, ReactionOfEveryMode) {
-  struct Case {
+  const struct {
     uint32_t mode;
     int32_t status;
     int error_number;
     bool printed;
-    int x87_flags;
-    int calls;
-  };
-  const Case cases[] = {
-      {KAM_ERRMODE_NOERR, 0, 0, false, 0, 0},
-      {KAM_ERRMODE_IGNORE, 2, 0, false, 0, 0},
-      {KAM_ERRMODE_ERRNO, 2, ERANGE, false, 0, 0},
-      {KAM_ERRMODE_STDERR, 2, 0, true, 0, 0},
-      {KAM_ERRMODE_EXCEPT, 2, 0, false, 4, 0},
-      {KAM_ERRMODE_CALLBACK, 2, 0, false, 0, 1},
-      {KAM_ERRMODE_DEFAULT, 2, ERANGE, false, 4, 1},
+    int x87_flags, calls;
+  } cases[] = {// clang-format off
+      {KAM_ERRMODE_NOERR, 0, 0, false, 0, 0}, {KAM_ERRMODE_IGNORE, 2, 0, false, 0, 0},
+      {KAM_ERRMODE_ERRNO, 2, ERANGE, false, 0, 0}, {KAM_ERRMODE_STDERR, 2, 0, true, 0, 0},
+      {KAM_ERRMODE_EXCEPT, 2, 0, false, 4, 0}, {KAM_ERRMODE_CALLBACK, 2, 0, false, 0, 1},
+      {KAM_ERRMODE_DEFAULT, 2, ERANGE, false, 4, 1}, {0, 2, 0, false, 0, 0},
       {KAM_ERRMODE_ERRNO | KAM_ERRMODE_STDERR, 2, ERANGE, true, 0, 0},
       // the two quiet modes are quiet only when they stand alone
       {KAM_ERRMODE_NOERR | KAM_ERRMODE_ERRNO, 2, ERANGE, false, 0, 0},
       {KAM_ERRMODE_IGNORE | KAM_ERRMODE_CALLBACK, 2, 0, false, 0, 1},
-      {0, 2, 0, false, 0, 0},
       // traps of other exceptions, and traps without the exception mode
       {KAM_ERRMODE_EXCEPT | KAM_TRAP_INVALID | KAM_TRAP_OVERFLOW, 2, 0, false, 4, 0},
       {KAM_ERRMODE_ERRNO | KAM_TRAP_MASK, 2, ERANGE, false, 0, 0}};
-  for (const Case& c : cases) {
+  // clang-format on
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.mode);
     reset(c.mode);
     thread_words().callback = watch;
@@ -258,31 +254,33 @@ TEST_F(ElementError, ErrnoAndExceptionFlagOfEveryCode) {
 }
 
 TEST_F(ElementError, PrintedLines) {
-  struct Case {
+  const struct {
     int32_t code;
     double a, b, r1, r2;
     const char* text;
-  };
-  const Case cases[] = {
-      {0, 1, 1, 2, 2, ""},
-      {-1, 1, 1, 2, 2, "Error (KAM_STATUS_BADSIZE) in vdF: array size 0 is not positive.\n"},
-      {-2, 1, 1, 2, 2, "Error (KAM_STATUS_BADMEM) in vdF: NULL pointer is passed.\n"},
-      {1, -4, -4, 7, 7,
-       "Error (KAM_STATUS_ERRDOM) in vdF: argument is out of domain.\na(0)=-4\nr(0)=7\n"},
+  } cases[] = {
+      // clang-format off
+      {-1, 1, 1, 2, 2, "(KAM_STATUS_BADSIZE) in vdF: array size 0 is not positive.\n"},
+      {-2, 1, 1, 2, 2, "(KAM_STATUS_BADMEM) in vdF: NULL pointer is passed.\n"},
+      {1, -4, -4, 7, 7, 
+       "(KAM_STATUS_ERRDOM) in vdF: argument is out of domain.\na(0)=-4\nr(0)=7\n"},
       {2, 1.5, 1.5, 2, 0,
-       "Error (KAM_STATUS_SING) in vdF: argument caused singularity.\na(0)=1.5\nr(0)=2\n"},
+       "(KAM_STATUS_SING) in vdF: argument caused singularity.\na(0)=1.5\nr(0)=2\n"},
       {3, 1, -0.0, 2, 3,
-       "Error (KAM_STATUS_OVERFLOW) in vdF: argument caused overflow.\na(0)=1\ny(0)=2\nz(0)=3\n"},
+       "(KAM_STATUS_OVERFLOW) in vdF: argument caused overflow.\na(0)=1\ny(0)=2\nz(0)=3\n"},
       {4, 1e-300, 2e100, 0, 0,
-       "Error (KAM_STATUS_UNDERFLOW) in vdF: argument caused underflow.\n"
-       "a(0)=1e-300\nb(0)=2e+100\ny(0)=0\n"},
-      {1000, 1, 2, 3, 4, "Unknown error in vdF.\na(0)=1\nb(0)=2\ny(0)=3\nz(0)=4\n"}};
-  for (const Case& c : cases) {
+       "(KAM_STATUS_UNDERFLOW) in vdF: argument caused underflow.\n"
+       "a(0)=1e-300\nb(0)=2e+100\ny(0)=0\n"}};
+  // clang-format on
+  const auto printed = [](int32_t code, double a, double b, double r1, double r2) {
     reset(KAM_ERRMODE_STDERR);
-    double r1 = c.r1;
-    double r2 = c.r2;
-    EXPECT_EQ(stdout_of([&] { element_error(c.code, 0, &c.a, &c.b, &r1, &r2, "vdF"); }), c.text);
+    return stdout_of([&] { element_error(code, 0, &a, &b, &r1, &r2, "vdF"); });
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(printed(c.code, c.a, c.b, c.r1, c.r2), std::string("Error ") + c.text);
   }
+  EXPECT_EQ(printed(0, 1, 1, 2, 2), "");
+  EXPECT_EQ(printed(1000, 1, 2, 3, 4), "Unknown error in vdF.\na(0)=1\nb(0)=2\ny(0)=3\nz(0)=4\n");
 }
 
 TEST_F(ElementError, LongNameIsCut) {
@@ -296,27 +294,20 @@ using ElementErrorDeathTest = ElementError;
 
 TEST_F(ElementErrorDeathTest, UnmaskedExceptionTraps) {
   constexpr int kTrapped = 42;
-  struct Case {
-    uint32_t trap;
-    int32_t code;
-    int exit_code;
-  };
-  const Case cases[] = {{KAM_TRAP_INVALID, KAM_STATUS_ERRDOM, kTrapped},
-                        {KAM_TRAP_DIVBYZERO, KAM_STATUS_SING, kTrapped},
-                        {KAM_TRAP_OVERFLOW, KAM_STATUS_OVERFLOW, kTrapped},
-                        {KAM_TRAP_UNDERFLOW, KAM_STATUS_UNDERFLOW, kTrapped},
-                        {KAM_TRAP_MASK, KAM_STATUS_SING, kTrapped},
-                        {KAM_TRAP_MASK, 1000, 0}};
-  for (const Case& c : cases) {
-    EXPECT_EXIT(
-        {
-          signal(SIGFPE, [](int) { _exit(kTrapped); });
-          reset(KAM_ERRMODE_EXCEPT | c.trap);
-          raise_double(c.code);
-          _exit(0);
-        },
-        testing::ExitedWithCode(c.exit_code), "")
-        << c.trap << ' ' << c.code;
+  const std::tuple<uint32_t, int32_t, int> cases[] = {
+      {KAM_TRAP_INVALID, KAM_STATUS_ERRDOM, kTrapped},
+      {KAM_TRAP_DIVBYZERO, KAM_STATUS_SING, kTrapped},
+      {KAM_TRAP_OVERFLOW, KAM_STATUS_OVERFLOW, kTrapped},
+      {KAM_TRAP_UNDERFLOW, KAM_STATUS_UNDERFLOW, kTrapped},
+      {KAM_TRAP_MASK, 1000, 0}};
+  for (const auto& [trap, code, exit_code] : cases) {
+    const auto raise = [mode = KAM_ERRMODE_EXCEPT | trap, status = code] {
+      signal(SIGFPE, [](int) { _exit(kTrapped); });
+      reset(mode);
+      raise_double(status);
+      _exit(0);
+    };
+    EXPECT_EXIT(raise(), testing::ExitedWithCode(exit_code), "") << trap << ' ' << code;
   }
 }
 

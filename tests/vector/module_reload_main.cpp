@@ -3,6 +3,8 @@
 #include <dlfcn.h>
 #include <stdint.h>
 #include <stdio.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <thread>
@@ -30,6 +32,11 @@ int main(int argc, char** argv) {
       return 1;
     }
   }
+  // Nobody calls what went with it.
+  const pid_t child = fork();
+  if (child == 0) _exit(0);
+  int status = -1;
+  if (waitpid(child, &status, 0) != child || status != 0) return 1;
   // Workers that still spin for the next task come to rest.
   std::this_thread::sleep_for(std::chrono::milliseconds(300));
   puts("loaded and unloaded");

@@ -39,8 +39,7 @@ void run_in_parallel(int32_t threads, SliceRunner run_slice, const void* call, i
     set_callback(callers_callback);
     set_mode(callers_mode);
     set_status(KAM_STATUS_OK);
-    // A callback further out on this thread may have a base of its own.
-    const void* outer_base = std::exchange(thread_words().base, base);
+    thread_words().base = base;
 
     // Slices differ by one element at most, the longer ones first.
     const int32_t id = omp_get_thread_num();
@@ -52,7 +51,7 @@ void run_in_parallel(int32_t threads, SliceRunner run_slice, const void* call, i
       run_slice(call, length * id + longer, length);
     }
 
-    thread_words().base = outer_base;
+    thread_words().base = nullptr;
     if (const int32_t error = status(); error != KAM_STATUS_OK) {
       merged.store(error, std::memory_order_relaxed);
     }
