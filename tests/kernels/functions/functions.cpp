@@ -29,7 +29,7 @@ ORBA_INLINE typename V::Mask not_finite(V x) {
 
 // Two results and a second road. (2a, a/2), beyond 10 (a/4, -a); infinities fail.
 template <class V>
-struct Pair : Function<ElementOf<V>, ElementOf<V>, typename V::Mask, 1, 2, 2> {
+struct TwoResults : Function<ElementOf<V>, ElementOf<V>, typename V::Mask, 1, 2, 2> {
   using E = ElementOf<V>;
   ORBA_INLINE static Results<V> eval(V a, typename V::Mask& flag) {
     flag = flag | beyond(a, 10);
@@ -133,7 +133,7 @@ struct Fraction : Function<ElementOf<V>, ElementOf<V>, NoFlag, 2, 1, 2> {
 #define ORBA_COMPLEX_KERNELS(shape, Name, F)            \
   ORBA_KERNEL(shape, c, Name, ALL, F<KamComplex8, F32>) \
   ORBA_KERNEL(shape, z, Name, ALL, F<KamComplex16, F64>)
-ORBA_REAL_KERNELS(1i_2o, TestPair, Pair)
+ORBA_REAL_KERNELS(1i_2o, TestPair, TwoResults)
 ORBA_REAL_KERNELS(1i_scalar_1o, TestScale, Scale)
 ORBA_COMPLEX_KERNELS(1i_scalar_1o, TestScale, ScaleParts)
 ORBA_COMPLEX_KERNELS(complex_to_real, TestNorm, Norm)
