@@ -1,36 +1,35 @@
+#include "services/processor_classes.h"
 #include "tests/accuracy/measure.h"
+#include "vector/function_table.h"
 
-#define ORBA_CALLOUT_NAME(c, t, Name) orba_callouts_##c##_v##t##Name##_HA
-#define ORBA_DECLARE(t, Name, shape)                                                   \
-  orba::vector::Kernel_##shape<orba::vector::Type_##t> ORBA_CALLOUT_NAME(c0, t, Name), \
-      ORBA_CALLOUT_NAME(c1, t, Name), ORBA_CALLOUT_NAME(c2, t, Name),                  \
-      ORBA_CALLOUT_NAME(c3, t, Name), ORBA_CALLOUT_NAME(c5, t, Name);
-extern "C" {
-#define ORBA_KAM_FUNCTION(Name, name, shape, types) \
-  ORBA_KAM_TYPES(types)                             \
-  (ORBA_DECLARE, Name, shape)
+// The kernels that tests/accuracy/callouts.h makes, at HA where accuracies differ.
+#define ORBA_CALLOUTS_per_accuracy(c, row) orba_callouts_c##c##_##row##_HA
+#define ORBA_CALLOUTS_per_class(c, row) orba_callouts_c##c##_##row##_ALL
+#define ORBA_CALLOUTS_single(c, row) orba_callouts_c0_##row##_ALL
+
+#define ORBA_DECLARE_ONE(c, row, kernels) extern "C" void ORBA_CALLOUTS_##kernels(c, row)();
+#define ORBA_DECLARE(t, Name, kernels) ORBA_BUILDS(ORBA_DECLARE_ONE, v##t##Name, kernels)
+#define ORBA_KAM_FUNCTION(Name, name, shape, types, kernels, call) \
+  ORBA_KAM_TYPES(types)                                            \
+  (ORBA_DECLARE, Name, kernels)
 #include "vector/functions.def"
 #undef ORBA_KAM_FUNCTION
-}
 
 namespace orba::test {
 
 vector::KamKernel callouts_of(const Subject& subject, int kernel_class) {
   const std::string name = subject.name();
-#define ORBA_CALLOUT(c, t, Name) reinterpret_cast<vector::KamKernel>(ORBA_CALLOUT_NAME(c, t, Name))
-#define ORBA_CHOOSE(t, Name, ...)                                    \
+#define ORBA_CELL(c, row, kernels) ORBA_CALLOUTS_##kernels(c, row),
+#define ORBA_NO_CELL(c, row, kernels) nullptr,
+#define ORBA_CHOOSE(t, Name, kernels)                                \
   if (name == "v" #t #Name) {                                        \
-    const vector::KamKernel kernels[] = {ORBA_CALLOUT(c0, t, Name),  \
-                                         ORBA_CALLOUT(c1, t, Name),  \
-                                         ORBA_CALLOUT(c2, t, Name),  \
-                                         ORBA_CALLOUT(c3, t, Name),  \
-                                         nullptr,                    \
-                                         ORBA_CALLOUT(c5, t, Name)}; \
-    return kernels[kernel_class];                                    \
+    static const vector::KamKernel cells[] = {                       \
+        ORBA_CLASSES(ORBA_CELL, ORBA_NO_CELL, v##t##Name, kernels)}; \
+    return cells[kernel_class];                                      \
   }
-#define ORBA_KAM_FUNCTION(Name, name, shape, types) \
-  ORBA_KAM_TYPES(types)                             \
-  (ORBA_CHOOSE, Name)
+#define ORBA_KAM_FUNCTION(Name, name, shape, types, kernels, call) \
+  ORBA_KAM_TYPES(types)                                            \
+  (ORBA_CHOOSE, Name, kernels)
 #include "vector/functions.def"
 #undef ORBA_KAM_FUNCTION
   return nullptr;
