@@ -110,7 +110,7 @@ TEST(PairArithmetic, StaysWithinItsBounds) {
   }
 }
 
-TEST(LogarithmAsPair, HasElevenBitsMoreThanADouble) {
+TEST(LogarithmAsPair, HasTwelveBitsMoreThanADouble) {
   std::mt19937_64 engine(12);
   std::uniform_real_distribution<double> unit;
   std::vector<double> list = {1, 0x1p-1074, 0x1p-1022, 0x1.fffffffffffffp1023};
@@ -127,7 +127,7 @@ TEST(LogarithmAsPair, HasElevenBitsMoreThanADouble) {
       const double error = exact.error_of(probe(kernel_class).log(x));
       if (error > worst) worst = error, where = x;
     }
-    EXPECT_LE(worst, -64) << where << " class " << kernel_class;
+    EXPECT_LE(worst, -65) << where << " class " << kernel_class;
   }
 }
 

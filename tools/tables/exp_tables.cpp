@@ -54,9 +54,9 @@ void write_class_tables(int rows, bool single) {
 
 void write_shared_tables(int rows, bool single) {
   const char *type = single ? "float" : "double", *suffix = single ? "F" : "";
-  std::printf("const %s kExp2Pairs%d%s[%d][2] = {\n", type, rows, suffix, rows);
+  std::printf("alignas(64) const %s kExp2Pairs%d%s[%d][2] = {\n", type, rows, suffix, rows);
   write_pairs(rows, single, [&](int j) { return row(rows, j, single); });
-  std::printf("};\nconst %s kExp2Heads%d%s[%d] = {", type, rows, suffix, rows);
+  std::printf("};\nalignas(64) const %s kExp2Heads%d%s[%d] = {", type, rows, suffix, rows);
   write_numbers(rows, 4, single, [&](int j) { return row(rows, j, single).hi; });
   std::printf("};\n");
 }

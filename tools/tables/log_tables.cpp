@@ -140,7 +140,7 @@ void write_rounded_logs(const char* name, Log log, int rows, double (*c)(int, in
 }
 
 void write_packed_rows(const char* name, Log log) {
-  std::printf("const double %s[256][2] = {\n", name);
+  std::printf("alignas(64) const double %s[256][2] = {\n", name);
   write_pairs(256, false, [&](int j) {
     const double c = reciprocal(256, j).c;
     const Words w = split_log(log, c, kQuantum64);

@@ -6,7 +6,7 @@ namespace orba::vector {
 
 // 2^(j/rows) = head*(1 + tail), the head rounded to nearest and, as an integer, less j/rows
 // binades.
-const double kExp2Pairs64[64][2] = {
+alignas(64) const double kExp2Pairs64[64][2] = {
     {0x1p+0, 0x0p+0},
     {0x1.fec9a3e778061p-1, -0x1.160139cd8dc5dp-56},
     {0x1.fd9b0d3158574p-1, 0x1.cd2523567f613p-55},
@@ -72,7 +72,7 @@ const double kExp2Pairs64[64][2] = {
     {0x1.fd0765b6e454p-1, 0x1.a64a931d185eep-55},
     {0x1.fe7c1819e90d8p-1, 0x1.7893b4d91cd9dp-56},
 };
-const double kExp2Heads64[64] = {
+alignas(64) const double kExp2Heads64[64] = {
     0x1p+0, 0x1.fec9a3e778061p-1, 0x1.fd9b0d3158574p-1, 0x1.fc74518759bc8p-1,
     0x1.fb5586cf9890fp-1, 0x1.fa3ec32d3d1a2p-1, 0x1.f9301d0125b51p-1, 0x1.f829aaea92dep-1,
     0x1.f72b83c7d517bp-1, 0x1.f635beb6fcb75p-1, 0x1.f54873168b9aap-1, 0x1.f463b88628cd6p-1,
@@ -89,7 +89,7 @@ const double kExp2Heads64[64] = {
     0x1.f199bdd85529cp-1, 0x1.f27f12e57d14bp-1, 0x1.f3720dcef9069p-1, 0x1.f472d4a07897cp-1,
     0x1.f5818dcfba487p-1, 0x1.f69e603db3285p-1, 0x1.f7c97337b9b5fp-1, 0x1.f902ee78b3ff6p-1,
     0x1.fa4afa2a490dap-1, 0x1.fba1bee615a27p-1, 0x1.fd0765b6e454p-1, 0x1.fe7c1819e90d8p-1};
-const float kExp2Pairs64F[64][2] = {
+alignas(64) const float kExp2Pairs64F[64][2] = {
     {0x1p+0f, 0x0p+0f},
     {0x1.fec9a4p-1f, -0x1.844542p-28f},
     {0x1.fd9b0ep-1f, -0x1.947414p-25f},
@@ -155,7 +155,7 @@ const float kExp2Pairs64F[64][2] = {
     {0x1.fd0766p-1f, -0x1.2ad5f8p-27f},
     {0x1.fe7c18p-1f, 0x1.a31484p-29f},
 };
-const float kExp2Heads64F[64] = {
+alignas(64) const float kExp2Heads64F[64] = {
     0x1p+0f, 0x1.fec9a4p-1f, 0x1.fd9b0ep-1f, 0x1.fc7452p-1f,
     0x1.fb5586p-1f, 0x1.fa3ec4p-1f, 0x1.f9301ep-1f, 0x1.f829aap-1f,
     0x1.f72b84p-1f, 0x1.f635bep-1f, 0x1.f54874p-1f, 0x1.f463b8p-1f,

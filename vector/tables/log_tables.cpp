@@ -9,7 +9,7 @@ namespace orba::vector {
 // bits and the upper 40 bits of the lo word below.
 
 // 256 rows: e in [-0.00275, 0.00391).
-const double kLnRows256[256][2] = {
+alignas(64) const double kLnRows256[256][2] = {
     {0x0p+0, 0x1p+0},
     {0x1.812121458p-8, 0x1.fd03d1ad50382p-1},
     {0x1.41929f968p-7, 0x1.fb03d1977c756p-1},
@@ -267,7 +267,7 @@ const double kLnRows256[256][2] = {
     {0x1.60e52f45788p-1, 0x1.0103d1c6ea5e6p-1},
     {0x1.62e42fefa38p-1, 0x1.0003d2ef35794p-1},
 };
-const double kLog10Rows256[256][2] = {
+alignas(64) const double kLog10Rows256[256][2] = {
     {0x0p+0, 0x1p+0},
     {0x1.4e84e7938p-9, 0x1.fd03d323a53bap-1},
     {0x1.175085ab8p-8, 0x1.fb03d17fc11e6p-1},

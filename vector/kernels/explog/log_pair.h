@@ -7,8 +7,8 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-// ln(x * 2^k), x positive and normal. Relative error below 2^-64: the tails of the table count 28
-// bits below 2^-43, the polynomial keeps 2^-65 near 1.
+// ln(x * 2^k), x positive and normal. Relative error below 2^-65, which the polynomial and, in the
+// rows next to 1, the tails of the table use up; 2^-70 of results above 1.
 ORBA_INLINE Pair<F64> log_pair(F64 x, double k = 0) {
   using Data = LogNatural256;
   const LogReduction<Data, F64> reduction(x);
