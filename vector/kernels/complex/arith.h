@@ -61,11 +61,11 @@ ORBA_INLINE Z scaled_down(const Z& z, int k) {
 
 // n / d of pairs is value - excess*recip, with recip near 1/d.hi. No zero in it has the wrong sign.
 template <class V>
-struct Quotient {
+struct PartQuotient {
   V value, excess;
 };
 template <class V>
-ORBA_INLINE Quotient<V> quotient(Pair<V> n, Pair<V> d, V recip) {
+ORBA_INLINE PartQuotient<V> part_quotient(Pair<V> n, Pair<V> d, V recip) {
   const V q = n.hi * recip;
   const Pair<V> back = two_product(q, d.hi);
   return {q, ((back.hi - n.hi) + back.lo) + (q * d.lo - n.lo)};
@@ -134,8 +134,8 @@ ORBA_COLD Z divide(const Z& a, const Z& b) {
     const Z x = scaled_down(a, ka), y = scaled_down(b, kb);
     const Pair<double> d = sum_of_products(y.real, y.real, y.imag, y.imag);
     const double recip = 1.0 / d.hi;
-    const auto re = quotient(sum_of_products(x.real, y.real, x.imag, y.imag), d, recip);
-    const auto im = quotient(sum_of_products(x.imag, y.real, -x.real, y.imag), d, recip);
+    const auto re = part_quotient(sum_of_products(x.real, y.real, x.imag, y.imag), d, recip);
+    const auto im = part_quotient(sum_of_products(x.imag, y.real, -x.real, y.imag), d, recip);
     return {rounded({re.value, -re.excess * recip}, ka - kb),
             rounded({im.value, -im.excess * recip}, ka - kb)};
   }

@@ -82,8 +82,8 @@ struct DivPairs : DivBase<KamComplex16> {
         flag | far_from_one<-400, 400>(x) | far_from_one<-400, 400>(y) | tiny_part(x, pow2(-500));
     const Pair<F64> d = sum_of_products(y.re, y.re, y.im, y.im);
     const F64 recip = F64(1) / d.hi;
-    const auto re = quotient(sum_of_products(x.re, y.re, x.im, y.im), d, recip);
-    const auto im = quotient(sum_of_products(x.im, y.re, negate(x.re), y.im), d, recip);
+    const auto re = part_quotient(sum_of_products(x.re, y.re, x.im, y.im), d, recip);
+    const auto im = part_quotient(sum_of_products(x.im, y.re, negate(x.re), y.im), d, recip);
     return join(Complex<F64>{neg_mul_add(re.excess, recip, re.value),
                              neg_mul_add(im.excess, recip, im.value)});
   }
