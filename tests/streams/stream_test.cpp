@@ -145,9 +145,9 @@ TEST(Registration, StatesOfNoise) {
     std::minstd_rand random(kind);
     for (size_t i = 4; i < 256; ++i) {
       auto word = static_cast<uint32_t>(random()) * 2;
-      // Multiples of moduli as well, and the largest words.
+      // Multiples of moduli as well, some by other multipliers, and the largest words.
       if (kind % 4 == 1) word = word % 256 * 16770647;
-      if (kind % 4 == 2) word = word % 3 * 0x7fffffff;
+      if (kind % 4 == 2 && i % 2 == 0) word = word % 3 * 0x7fffffff;
       if (kind % 4 == 3) word |= 0xfffff000;
       reinterpret_cast<uint32_t*>(stream)[i] = word;
     }
