@@ -291,8 +291,10 @@ int32_t rauissedittask(SsTask* const* task, const int32_t* id, const int32_t* ad
  * sums and cross-products by the two conversions. Central moments need the arrays of the mean and
  * of the raw moments of lower order too, skewness and kurtosis the central moments they are made
  * of. With RAU_SS_ED_ACCUM_WEIGHT (two numbers, 0 before the first block: the sums of weights and
- * of their squares) a call continues from the results of the calls before it. The central moment of
- * order 2 and the covariance are unbiased; the diagonal of a correlation matrix holds variances.
+ * of their squares) a call continues from the results of the calls before it, as long as the
+ * arrays stay as and where that left them. The central moment of order 2 and the covariance are
+ * unbiased; the diagonal of a correlation matrix holds variances. No sum on the way overflows or
+ * underflows where the result does not.
  *
  * RAU_SS_MIN, RAU_SS_MAX: p numbers each, continued from the values that are there: set them to an
  * observation or to a bound before the first block. NaN observations count for nothing.

@@ -51,8 +51,8 @@ bool RangeCheck<Real>::squares_lost(const Real* x, Real factor, int64_t count,
   const Real least = least_, most = most_;
   bool good = true;
   for (int64_t j = 0; j < count; ++j) {
-    const Real sum = x[j * stride] * factor;
-    good &= (sum >= least) & (sum <= most);
+    const Real one = x[j * stride], sum = one * factor;
+    good &= (sum >= least) & (sum <= most) & (one <= most);
   }
   return !good;
 }
@@ -73,8 +73,8 @@ bool RangeCheck<Real>::vectors(int64_t first, int64_t last) const noexcept {
   // Sums of cubes may be small because they cancel; of their size those of squares tell.
   const auto cubes = [&](const Real* x, Real factor) {
     for (int64_t j = first; j < last; ++j) {
-      const Real square = x[j] * factor / w, sum = square * std::sqrt(square) * w;
-      good &= (sum >= least) & (sum <= most);
+      const Real square = x[j] * factor / w, one = square * std::sqrt(square), sum = one * w;
+      good &= (sum >= least) & (sum <= most) & (one <= most);
     }
   };
   if (needs_mean_) finite(part.mean);

@@ -289,12 +289,12 @@ struct Worst {
   }
 };
 
-// Of observations; kLarge and kSmall to kMinute are near the ends of the range, the former two with
-// fourth powers in it.
-enum class Shape { kRandom, kShifted, kConstant, kScaled, kLarge, kSmall, kHuge, kMinute };
+// Of observations; those from kLarge on are near the ends of the range with their fourth powers (the
+// first two), with their cubes, and as they are.
+enum class Shape { kRandom, kShifted, kFlat, kScaled, kLarge, kSmall, kTall, kFine, kHuge, kTiny };
 // kZeros: in front, in a third of the places, and in the middle third. kHeavy, kLight: the square
-// of their sum, or their squares, leave the range.
-enum class WeightShape { kNone, kEqual, kZeros, kSpanning, kHeavy, kLight };
+// of their sum, or their squares, leave the range; kFaint: products with small numbers.
+enum class WeightShape { kNone, kEqual, kZeros, kSpanning, kHeavy, kLight, kFaint };
 
 template <class Real>
 Data<Real> make_data(Shape shape, size_t p, size_t n) {
@@ -309,12 +309,14 @@ Data<Real> make_data(Shape shape, size_t p, size_t n) {
     for (size_t j = 0; j < p; ++j) {
       double x = 0.6 * common + 0.8 * normal(random) + 0.1 * static_cast<double>(j);
       if (shape == Shape::kShifted) x += j % 2 == 0 ? far : -far;
-      if (shape == Shape::kConstant) x = 0.1 * static_cast<double>(j + 1);
+      if (shape == Shape::kFlat) x = 0.1 * static_cast<double>(j + 1);
       if (shape == Shape::kScaled) x *= j % 2 == 0 ? scale : 1 / scale;
       if (shape == Shape::kLarge) x *= std::pow(largest, 0.25) / 16;
       if (shape == Shape::kSmall) x *= std::pow(least, 0.25) * 16;
+      if (shape == Shape::kTall) x = std::cbrt(largest) * (0.8 + 0.1 * std::tanh(x));
+      if (shape == Shape::kFine) x *= std::pow(least, 0.4);
       if (shape == Shape::kHuge) x = std::tanh(x) * 0.9 * largest;
-      if (shape == Shape::kMinute) x *= 1000 * least;
+      if (shape == Shape::kTiny) x *= 1000 * least;
       data[j][i] = static_cast<Real>(x);
     }
   }
@@ -330,9 +332,11 @@ std::vector<Real> make_weights(WeightShape shape, size_t n) {
   for (size_t i = 0; i < weights.size(); ++i) {
     const double u = uniform(random);
     const bool none = i < 5 || u < 0.3 || (i >= n / 3 && i < 2 * (n / 3));
+    const double faint = std::pow(std::numeric_limits<Real>::min(), 0.45);
     if (shape == WeightShape::kZeros) weights[i] = Real(none ? 0 : u);
     if (shape == WeightShape::kSpanning) weights[i] = Real(std::pow(10, 24 * u - 12));
     if (shape == WeightShape::kHeavy) weights[i] = Real((1 + u) * heavy);
+    if (shape == WeightShape::kFaint) weights[i] = Real(faint);
     if (shape == WeightShape::kLight) weights[i] = Real((1 + u) / heavy / heavy);
   }
   return weights;

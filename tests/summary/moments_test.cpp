@@ -104,7 +104,7 @@ TYPED_TEST(MomentsOf, Definition) {
                             {{1, 3, n / 3, n}, kEverything, 2},
                             {{n / 2, n}, kEverything, 1, true}};
   };
-  for (const Shape shape : {Shape::kRandom, Shape::kShifted, Shape::kConstant, Shape::kScaled}) {
+  for (const Shape shape : {Shape::kRandom, Shape::kShifted, Shape::kFlat, Shape::kScaled}) {
     for (const WeightShape weights :
          {WeightShape::kNone, WeightShape::kEqual, WeightShape::kZeros, WeightShape::kSpanning}) {
       check<TypeParam>(shape, weights, 1, 301, runs(301));
@@ -151,10 +151,11 @@ TYPED_TEST(MomentsOf, NoSumLeavesTheRange) {
     }
     check<TypeParam>(Shape::kRandom, WeightShape::kHeavy, p, n, in_blocks);
     check<TypeParam>(Shape::kLarge, WeightShape::kNone, p, 2000, {{{2000}}});
-    for (const Shape shape : {Shape::kRandom, Shape::kConstant, Shape::kLarge, Shape::kSmall,
-                              Shape::kHuge, Shape::kMinute}) {
+    for (const Shape shape : {Shape::kRandom, Shape::kFlat, Shape::kLarge, Shape::kSmall,
+                              Shape::kTall, Shape::kFine, Shape::kHuge, Shape::kTiny}) {
       for (const WeightShape weights :
-           {WeightShape::kNone, WeightShape::kZeros, WeightShape::kHeavy, WeightShape::kLight}) {
+           {WeightShape::kNone, WeightShape::kZeros, WeightShape::kHeavy, WeightShape::kLight,
+            WeightShape::kFaint}) {
         check<TypeParam>(shape, weights, p, n, alone, false);
       }
     }
@@ -255,24 +256,30 @@ TYPED_TEST(MomentsOf, RefinedMeans) {
   }
 }
 
-// What a task keeps for itself is not taken for another type's or dimension's.
+// What a task keeps for itself is not taken for another type's or dimension's: there is room anew.
 TEST(Moments, UserMeansOfAnotherTypeAndDimension) {
-  MomentsTask<float> task(1, true);
+  MomentsTask<float> task(10, true);
   MomentsTask<double> wide(10, true);
   task.accumulate();
-  task.results[kMean] = {1};
+  task.results[kMean].assign(10, 1);
   wide.results[kMean].assign(10, 1);
-  task.feed({std::vector<float>(40, 1.5f)}, {}, 0, 40);
+  task.feed(Data<float>(10, std::vector<float>(40, 1.5f)), {}, 0, 40);
   wide.feed(Data<double>(10, std::vector<double>(40, 1.5)), {}, 0, 40);
-  ASSERT_EQ(task.compute(RAU_SS_COV, kUserMeanMethod), 0);
-  EXPECT_EQ(task.results[kCovariance][0], 10.0f / 39);
-  task.p = 10;
-  task.handle->observations = wide.x.data();
-  task.handle->mean = wide.results[kMean].data();
-  task.handle->covariance = wide.results[kCovariance].data();
+  const auto allocations = [&](auto compute) {
+    return fail_each_allocation(RAU_SS_ERROR_MEM_FAILURE, compute, [] {});
+  };
+  for (const int32_t p : {1, 10}) {
+    task.p = p;
+    task.accumulated = {};
+    EXPECT_EQ(allocations([&] { return task.compute(RAU_SS_COV, kUserMeanMethod); }), 2);
+  }
+  for (const auto field : {&SsTask::observations, &SsTask::mean, &SsTask::covariance}) {
+    task.handle->*field = wide.handle->*field;
+  }
   task.handle->accumulated_weight = wide.accumulated.data();
-  for (int call = 0; call < 2; ++call) {
-    ASSERT_EQ(raudSSCompute(task.handle, RAU_SS_COV, kUserMeanMethod), 0);
+  for (const int64_t expected : {2, 1}) {
+    const auto call = [&] { return raudSSCompute(task.handle, RAU_SS_COV, kUserMeanMethod); };
+    EXPECT_EQ(allocations(call), expected);
   }
   EXPECT_EQ(wide.results[kCovariance][99], 20.0 / 79);
 }
@@ -309,31 +316,28 @@ TYPED_TEST(MomentsOf, Conversions) {
 
 TEST(Moments, InfinityNanAndOneObservation) {
   const double inf = std::numeric_limits<double>::infinity();
-  for (const uint32_t method : {kOnePassMethod, kFastMethod}) {
-    for (const bool rows : {true, false}) {
-      MomentsTask<double> task(3, rows);
-      task.accumulate();
-      Data<double> data(3, std::vector<double>(100, 1));
-      data[0][40] = inf;
-      data[1][99] = -std::numeric_limits<double>::quiet_NaN();
-      task.feed(data, {}, 0, 1);
-      ASSERT_EQ(task.compute(kEverything, method), 0);
-      EXPECT_EQ(task.results[kMean][1], 1);
-      EXPECT_EQ(task.results[kRawMoment4][0], 1);
-      EXPECT_TRUE(std::isnan(task.results[kCentralMoment2][0]));
-      EXPECT_EQ(task.results[kCrossProduct][1], 0);
-      for (const size_t first : {1, 60}) {
-        task.feed(data, {}, first, first == 1 ? 60 : 100);
-        ASSERT_EQ(task.compute(kVectors, method), 0);
-      }
-      for (const MomentsResult result : {kMean, kRawMoment2, kRawMoment3, kRawSum4}) {
-        EXPECT_EQ(task.results[result][0], inf) << kRows[result].name;
-        EXPECT_TRUE(std::isnan(task.results[result][1])) << kRows[result].name;
-      }
-      EXPECT_TRUE(std::isnan(task.results[kCentralSum2][0]));
-      EXPECT_EQ(task.results[kMean][2], 1);
-      EXPECT_EQ(task.results[kCentralSum2][2], 0);
+  for (const uint32_t variant : {0, 1, 2, 3}) {
+    const uint32_t method = kMethods[variant / 2];
+    MomentsTask<double> task(3, variant % 2 == 0);
+    task.accumulate();
+    Data<double> data(3, std::vector<double>(100, 1));
+    data[0][40] = inf;
+    data[1][99] = -std::numeric_limits<double>::quiet_NaN();
+    task.feed(data, {}, 0, 1);
+    ASSERT_EQ(task.compute(kEverything, method), 0);
+    EXPECT_TRUE(task.results[kMean][1] == 1 && task.results[kRawMoment4][0] == 1);
+    EXPECT_TRUE(std::isnan(task.results[kCentralMoment2][0]));
+    EXPECT_EQ(task.results[kCrossProduct][1], 0);
+    for (const size_t first : {1, 60}) {
+      task.feed(data, {}, first, first == 1 ? 60 : 100);
+      ASSERT_EQ(task.compute(kVectors, method), 0);
     }
+    for (const MomentsResult result : {kMean, kRawMoment2, kRawMoment3, kRawSum4}) {
+      EXPECT_EQ(task.results[result][0], inf) << kRows[result].name;
+      EXPECT_TRUE(std::isnan(task.results[result][1])) << kRows[result].name;
+    }
+    EXPECT_TRUE(std::isnan(task.results[kCentralSum2][0]));
+    EXPECT_TRUE(task.results[kMean][2] == 1 && task.results[kCentralSum2][2] == 0);
   }
 }
 
@@ -360,30 +364,28 @@ TEST(Moments, CorrelationsOfAVariableThatWasConstant) {
   kamSetMode(mode);
 }
 
+// With huge numbers there are three more: vectors, choice and product of the sweep in a wider type.
 TYPED_TEST(MomentsOf, OutOfMemory) {
   using Real = TypeParam;
   const Threads threads(3);
+  const uint32_t conversion = RAU_SS_METHOD_CP_TO_COVCOR;
   const uint64_t estimates = RAU_SS_COV | RAU_SS_COR | RAU_SS_CP | RAU_SS_3C_MOM;
-  const std::pair<uint32_t, int64_t> methods[] = {
-      {kOnePassMethod, 2}, {kFastMethod, 1}, {kUserMeanMethod, 2}, {RAU_SS_METHOD_CP_TO_COVCOR, 1}};
   for (const Shape shape : {Shape::kRandom, Shape::kHuge}) {
-    const Data<Real> data = make_data<Real>(shape, 20, 200);
-    for (const auto& [method, allocations] : methods) {
+    for (const uint32_t method : {kOnePassMethod, kFastMethod, kUserMeanMethod, conversion}) {
       MomentsTask<Real> task(20, false);
       task.accumulate();
-      task.feed(data, make_weights<Real>(WeightShape::kZeros, 200), 0, 100);
+      task.feed(make_data<Real>(shape, 20, 200), make_weights<Real>(WeightShape::kZeros, 200), 0,
+                100);
       const auto before = task.results;
-      const bool converts = method == RAU_SS_METHOD_CP_TO_COVCOR;
-      const auto call = [&, by = method] {
-        return task.compute(converts ? RAU_SS_COR : estimates, by);
-      };
+      const uint64_t asked = method == conversion ? RAU_SS_COR : estimates;
+      const int64_t carried = method == kOnePassMethod || method == kUserMeanMethod,
+                    wide = shape == Shape::kHuge && method != conversion ? 3 : 0;
+      const auto call = [&] { return task.compute(asked, method); };
       const auto unchanged = [&] {
-        EXPECT_EQ(task.results, before);
-        EXPECT_EQ(task.accumulated, (std::array<Real, 2>{0, 0}));
+        EXPECT_TRUE(task.results == before && task.accumulated == (std::array<Real, 2>{0, 0}));
       };
-      // With huge numbers three more: vectors, choice and product of the sweep in a wider type.
       EXPECT_EQ(fail_each_allocation(RAU_SS_ERROR_MEM_FAILURE, call, unchanged),
-                allocations + (shape == Shape::kHuge && !converts ? 3 : 0));
+                1 + carried + wide);
     }
   }
 }

@@ -150,13 +150,10 @@ TEST(Order, SpecialOrdersAndValues) {
   Task<double> task(1, 5, true);
   task.x = {infinity, 1, -infinity, 2, 3};
   std::vector<double> orders = {0.25, 0.5, 0.75, 1, 0.9, 0.1, std::nan("")}, results(7, 8);
-  int32_t count = 0;
+  const int32_t count = 7;
   task.edit(RAU_SS_ED_QUANT_ORDER_N, &count);
   task.edit(RAU_SS_ED_QUANT_ORDER, orders.data());
   task.edit(RAU_SS_ED_QUANT_QUANTILES, results.data());
-  ASSERT_EQ(task.compute(kQuantiles, RAU_SS_METHOD_FAST), 0);
-  EXPECT_EQ(results, std::vector<double>(7, 8));
-  count = 7;
   ASSERT_EQ(task.compute(kQuantiles, RAU_SS_METHOD_FAST), 0);
   EXPECT_TRUE(std::isnan(results.back()));
   results.pop_back();
@@ -226,7 +223,8 @@ TEST(Order, FaultsInOrder) {
         {{-4023, set(RAU_SS_ED_QUANT_QUANTILES, results)},
          {-4021, set(RAU_SS_ED_QUANT_ORDER, orders)},
          {-4022, set(RAU_SS_ED_QUANT_ORDER_N, &count)},
-         {-4022, [&] { count = 2; }},
+         {-4022, [&] { count = 0; }},
+         {-4024, [&] { count = 2; }},
          {-4022, [&] { orders[1] = -0.5; }},
          {-4022, [&] { orders[1] = 0.75; }},
          {-4024, set(RAU_SS_ED_ORDER_STATS, statistics)},
@@ -261,8 +259,6 @@ TEST(Order, FaultsInOrder) {
     const auto call = [&, asked = estimates] { return task.compute(asked, kMethod); };
     EXPECT_EQ(fail_each_allocation(-4000, call, [&] { EXPECT_EQ(task.x, before); }), number);
   }
-  const auto both = [&] { return task.compute(kDeviations, kMethod); };
-  EXPECT_GE(fail_each_allocation(-4000, both, [&] { EXPECT_EQ(task.x, before); }), 2);
 }
 
 }  // namespace

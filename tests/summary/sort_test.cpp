@@ -8,6 +8,7 @@
 #include <limits>
 #include <numeric>
 #include <random>
+#include <tuple>
 #include <type_traits>
 #include <vector>
 
@@ -88,7 +89,7 @@ std::vector<Real> make(const Pattern& pattern, int64_t n, uint64_t seed = 1) {
 // Data and scratch of n elements each, off alignment, between guards.
 template <class Real>
 struct Guarded {
-  explicit Guarded(const std::vector<Real>& data) : n(data.size()), x(n + 2 * kGuard, kMark), y(x) {
+  explicit Guarded(const std::vector<Real>& data) : x(data.size() + 2 * kGuard, kMark), y(x) {
     std::copy(data.begin(), data.end(), x.begin() + kGuard);
   }
   std::vector<Real> data() { return {x.begin() + kGuard, x.end() - kGuard}; }
@@ -101,25 +102,20 @@ struct Guarded {
   }
   static constexpr int kGuard = 33;
   static constexpr Real kMark = Real(-12345.625);
-  size_t n;
   std::vector<Real> x, y;
 };
 
+// Sort, radix sort, order statistics.
 template <class Real>
-auto kernels_of(int c) {
+auto kernels_of(size_t c) {
   using namespace statistics::summary;
-  struct {
-    Sort<Real>*sort, *radix_sort;
-    OrderStatisticsAt<Real>* order_statistics_at;
-  } kernels;
   if constexpr (sizeof(Real) == 8) {
-    kernels = {ss_d_sort_kernels[c], ss_d_radix_sort_kernels[c],
-               ss_d_order_statistics_at_kernels[c]};
+    return std::tuple(ss_d_sort_kernels[c], ss_d_radix_sort_kernels[c],
+                      ss_d_order_statistics_at_kernels[c]);
   } else {
-    kernels = {ss_s_sort_kernels[c], ss_s_radix_sort_kernels[c],
-               ss_s_order_statistics_at_kernels[c]};
+    return std::tuple(ss_s_sort_kernels[c], ss_s_radix_sort_kernels[c],
+                      ss_s_order_statistics_at_kernels[c]);
   }
-  return kernels;
 }
 
 template <class Real>
@@ -131,7 +127,8 @@ template <class Real>
 void check_sorts(const std::vector<Real>& data) {
   const auto expected = all_bits(sorted(data));
   for (int c = 0; c <= highest_rau_class(); ++c) {
-    for (auto* kernel : {kernels_of<Real>(c).sort, kernels_of<Real>(c).radix_sort}) {
+    const auto [sort, radix_sort, at] = kernels_of<Real>(c);
+    for (auto* kernel : {sort, radix_sort}) {
       Guarded<Real> arrays(data);
       kernel(&arrays.x[33], static_cast<int64_t>(data.size()), &arrays.y[33]);
       ASSERT_EQ(all_bits(arrays.data()), expected) << "class " << c << ", n " << data.size();
@@ -159,7 +156,7 @@ void check_order_statistics(const std::vector<Real>& data, const std::vector<Rea
   for (int c = 0; c <= highest_rau_class(); ++c) {
     SCOPED_TRACE(testing::Message() << "class " << c << ", n " << n << ", ranks " << count);
     Guarded<Real> arrays(data);
-    kernels_of<Real>(c).order_statistics_at(&arrays.x[33], n, ranks.data(), count, &arrays.y[33]);
+    std::get<2>(kernels_of<Real>(c))(&arrays.x[33], n, ranks.data(), count, &arrays.y[33]);
     const std::vector<Real> got = arrays.data();
     ASSERT_EQ(all_bits(sorted(got)), all_bits(in_order));
     ASSERT_TRUE(arrays.intact());
