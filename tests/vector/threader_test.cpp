@@ -188,7 +188,7 @@ TEST(Threader, EveryShape) {
 #define ORBA_THREADER(name, parameters, arguments)                                       \
   {                                                                                      \
     SCOPED_TRACE(#name);                                                                 \
-    using Kernel = void(int32_t ORBA_UNWRAP parameters);                                \
+    using Kernel = void(int32_t ORBA_UNWRAP parameters);                                 \
     EXPECT_EQ(threader<Kernel>, &orba_kam_serv_threader_##name);                         \
     using Tuple = Shape<Kernel>::Tuple;                                                  \
     /* what the name says of the first array */                                          \
