@@ -73,8 +73,7 @@ struct SinCosSingle {
 
   ORBA_INLINE static F32 eval(F32 x, M32& flag) {
     flag = flag | not_le(abs(x), F32(10000.0f));
-    return narrow(by_half_turns<cosine>(widen_low(x), kHalfTurnSeries5),
-                  by_half_turns<cosine>(widen_high(x), kHalfTurnSeries5));
+    return narrow(of_single<cosine>(widen_low(x)), of_single<cosine>(widen_high(x)));
   }
   ORBA_INLINE static F32 eval_rare(F32 x, M32& flag) {
     flag = flag | not_finite(x);
@@ -84,14 +83,12 @@ struct SinCosSingle {
 
  private:
   ORBA_INLINE static F64 huge(F64 x) {
-    const Reduced r = reduce_huge(abs(x));
-    const F64 z = r.hi * r.hi;
-    const F64 sine = short_sine(r.hi, z), cosine_ = short_cosine(z);
+    const Fraction q = quarter_turns_of_huge(x);
+    const Circle y = of_fraction(q.f);
     if constexpr (cosine)
-      return with_sign(select(is_odd(r.quadrant), sine, cosine_), cosine_sign(r.quadrant));
+      return with_sign(select(is_odd(q.turns), y.sine, y.cosine), cosine_sign(q.turns));
     else
-      return with_sign(select(is_odd(r.quadrant), cosine_, sine),
-                       sine_sign(r.quadrant) ^ sign_of(x));
+      return with_sign(select(is_odd(q.turns), y.cosine, y.sine), sine_sign(q.turns));
   }
 };
 

@@ -13,16 +13,23 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
+// Of signed arguments, whose sine has the sign of the reduced one already.
 template <class V>
-ORBA_INLINE Results<V> in_quadrant(V x, V sine, V cosine, typename V::Bits quadrant) {
+ORBA_INLINE Results<V> in_quadrant(V sine, V cosine, typename V::Bits quadrant) {
   using E = typename V::Element;
   constexpr int shift = 8 * sizeof(E) - 2;
   const auto odd = is_odd(quadrant);
   const auto sign_bit = as_bits(V(E(-0.0)));
   const auto next = quadrant + typename V::Bits(1);
-  return {as_float(as_bits(select(odd, cosine, sine)) ^
-                   ((shl<shift>(quadrant) ^ as_bits(x)) & sign_bit)),
+  return {as_float(as_bits(select(odd, cosine, sine)) ^ (shl<shift>(quadrant) & sign_bit)),
           as_float(as_bits(select(odd, sine, cosine)) ^ (shl<shift>(next) & sign_bit))};
+}
+// Of magnitudes: the sine has yet to get the argument's sign.
+template <class V>
+ORBA_INLINE Results<V> in_quadrant(V x, V sine, V cosine, typename V::Bits quadrant) {
+  const Results<V> y = in_quadrant(sine, cosine, quadrant);
+  return {as_float(as_bits(y.first) ^ (as_bits(x) & as_bits(V(typename V::Element(-0.0))))),
+          y.second};
 }
 
 template <bool exact>
@@ -77,18 +84,19 @@ struct SinCosBothSingle {
   static constexpr int inputs = 1;
   static constexpr int outputs = 2;
   static constexpr int unroll = 1;
-  ORBA_INLINE static Results<F32> joined(const Results<F64>& lo, const Results<F64>& hi) {
-    return {narrow(lo.first, hi.first), narrow(lo.second, hi.second)};
+  ORBA_INLINE static Results<F32> joined(const Fraction& lo, const Fraction& hi) {
+    const Circle a = of_fraction(lo.f), b = of_fraction(hi.f);
+    const Results<F64> u = in_quadrant(a.sine, a.cosine, lo.turns);
+    const Results<F64> v = in_quadrant(b.sine, b.cosine, hi.turns);
+    return {narrow(u.first, v.first), narrow(u.second, v.second)};
   }
   ORBA_INLINE static Results<F32> eval(F32 x, M32& flag) {
     flag = flag | not_le(abs(x), F32(10000.0f));
-    const F64 lo = widen_low(x), hi = widen_high(x);
-    return joined(brief(lo, reduce_short(abs(lo))), brief(hi, reduce_short(abs(hi))));
+    return joined(quarter_turns(widen_low(x)), quarter_turns(widen_high(x)));
   }
   ORBA_INLINE static Results<F32> eval_rare(F32 x, M32& flag) {
     flag = flag | not_finite(x);
-    const F64 lo = widen_low(x), hi = widen_high(x);
-    return joined(brief(lo, reduce_huge(abs(lo))), brief(hi, reduce_huge(abs(hi))));
+    return joined(quarter_turns_of_huge(widen_low(x)), quarter_turns_of_huge(widen_high(x)));
   }
   static int32_t callout(const float* a, float* y, float* z) {
     classify(*a, z);

@@ -12,6 +12,7 @@
 
 #include "vector/kernels/contract/kernel.h"
 #include "vector/kernels/contract/scalar.h"
+#include "vector/kernels/simd/polynomial.h"
 #include "vector/kernels/trig/reduction.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
@@ -28,17 +29,19 @@ struct Terms {
   F64 series[6];
 };
 
-template <bool exact>
+template <bool exact, bool sloping = true>
 ORBA_INLINE Pair<F64> sum_terms(const Terms& t, F64 z, F64 lo) {
-  const F64 hi = mul_add(t.factor, t.second, t.start);
-  const F64 error = mul_add(t.factor, t.second, t.start - hi);
-  F64 series = t.series[5];
-  ORBA_UNROLL
-  for (int i = 4; i >= 0; --i) series = mul_add(series, z, t.series[i]);
-  F64 tail = mul_add(t.factor, z * series, error);
-  tail = mul_add(lo, t.slope, tail);
-  if constexpr (exact) tail = mul_add(t.factor_error, t.second, tail);
-  return {hi, tail};
+  Pair<F64> y;
+  if constexpr (exact) {
+    y.hi = mul_add(t.factor, t.second, t.start);
+    y.lo = mul_add(t.factor, t.second, t.start - y.hi);
+  } else {
+    y = fast_two_sum(t.start, t.factor * t.second);
+  }
+  y.lo = mul_add(t.factor, z * horner(z, t.series), y.lo);
+  y.lo = sloping ? mul_add(lo, t.slope, y.lo) : y.lo + lo;
+  if constexpr (exact) y.lo = mul_add(t.factor_error, t.second, y.lo);
+  return y;
 }
 
 template <bool exact>
@@ -108,11 +111,11 @@ ORBA_INLINE SineCosine sine_cosine_by_table(const Reduced& r) {
   // sine + s exactly, then (cosine - 1)*s, whose rounding is small enough.
   const Pair<F64> sum = fast_two_sum(row.sine, s);
   const Pair<F64> sine = fast_two_sum(sum.hi, (row.cosine - F64(1.0)) * s);
-  const F64 sine_tail = (sum.lo + sine.lo) + (row.sine_tail + (row.cosine * lo + row.cosine_tail * s)) +
-                        (row.cosine * sine_rest + row.sine * cosine_rest);
   const Pair<F64> cosine = fast_two_sum(row.cosine, negate(row.sine * s));
-  const F64 cosine_tail = (cosine.lo + (row.cosine_tail - row.sine * lo)) +
-                          (row.cosine * cosine_rest - row.sine * sine_rest);
+  const F64 sine_tail = ((sum.lo + sine.lo) + (row.sine_tail + row.cosine_tail * s)) +
+                        (cosine.hi * lo + (row.cosine * sine_rest + row.sine * cosine_rest));
+  const F64 cosine_tail = (cosine.lo + (row.cosine_tail - row.sine_tail * s)) +
+                          ((row.cosine * cosine_rest - row.sine * sine_rest) - sine.hi * lo);
   return {{sine.hi, sine_tail}, {cosine.hi, cosine_tail}};
 }
 #endif
@@ -125,7 +128,7 @@ ORBA_INLINE SineCosine sine_cosine(const Reduced& r) {
 #else
   const F64 z = r.hi * r.hi;
   const F64 z_error = mul_sub(r.hi, r.hi, z);
-  return {sum_terms<exact>(sine_terms<exact>(r, z, z_error), z, r.lo),
+  return {sum_terms<exact, exact>(sine_terms<exact>(r, z, z_error), z, r.lo),
           sum_terms<exact>(cosine_terms(r, z, z_error), z, r.lo)};
 #endif
 }
@@ -147,18 +150,9 @@ ORBA_INLINE F64 cosine_or_sine(M64 cosine, const Reduced& r) {
   }
 }
 
-// Short forms of half precision, and good to single precision: errors below 2^-27.
-ORBA_INLINE F64 short_sine(F64 r, F64 z) {
-  const F64 s = mul_add(mul_add(F64(kSineShortSeries[2]), z, F64(kSineShortSeries[1])), z,
-                        F64(kSineShortSeries[0]));
-  return mul_add(r * z, s, r);
-}
-ORBA_INLINE F64 short_cosine(F64 z) {
-  const F64 c = mul_add(mul_add(mul_add(F64(kCosineShortSeries[3]), z, F64(kCosineShortSeries[2])),
-                                z, F64(kCosineShortSeries[1])),
-                        z, F64(kCosineShortSeries[0]));
-  return mul_add(c, z, F64(1.0));
-}
+// Short forms of half precision: errors below 2^-27.
+ORBA_INLINE F64 short_sine(F64 r, F64 z) { return mul_add(r * z, horner(z, kSineShortSeries), r); }
+ORBA_INLINE F64 short_cosine(F64 z) { return mul_add(horner(z, kCosineShortSeries), z, F64(1.0)); }
 
 // Signs. The sine turns in the second half turn, the cosine in the middle one; `bit1` and its
 // neighbour as the sign bit.

@@ -28,22 +28,6 @@ ORBA_INLINE F64 reciprocal(F64 a) {
 #endif
 }
 
-// a/b, normalised first: heads and tails of sine and cosine overlap.
-ORBA_INLINE F64 quotient(Pair<F64> a, Pair<F64> b) {
-  a = fast_two_sum(a.hi, a.lo);
-  b = fast_two_sum(b.hi, b.lo);
-  const F64 y = reciprocal(b.hi);
-  const F64 q = a.hi * y;
-  F64 rest;
-  if constexpr (kFused) {
-    rest = neg_mul_add(q, b.hi, a.hi);
-  } else {
-    const Pair<F64> p = two_product(q, b.hi);
-    rest = (a.hi - p.hi) - p.lo;
-  }
-  return mul_add(neg_mul_add(q, b.lo, rest + a.lo), y, q);
-}
-
 ORBA_INLINE F64 with_tangent_sign(F64 y, F64 x, I64 quadrant) {
   return with_sign(y, shl<63>(quadrant) ^ sign_of(x));
 }
@@ -56,30 +40,29 @@ ORBA_INLINE F64 tangent(F64 x, const Reduced& r) {
                            select(odd, y.cosine.lo, y.sine.lo)};
   const Pair<F64> below = {select(odd, y.sine.hi, y.cosine.hi),
                            select(odd, y.sine.lo, y.cosine.lo)};
-  return with_tangent_sign(quotient(above, below), x, r.quadrant);
+  // Heads and tails of sine and cosine overlap.
+  const Pair<F64> n = fast_two_sum(above.hi, above.lo), d = fast_two_sum(below.hi, below.lo);
+  return with_tangent_sign(rounded(quotient(n, d, reciprocal(d.hi))), x, r.quadrant);
 }
 
-// Relative error 2^-28 on class 5 for doubles, 2^-27 in all.
-template <bool for_single>
-ORBA_INLINE F64 tangent_by_ratio(F64 x, const Reduced& r) {
-  const F64 z = r.hi * r.hi;
-  const F64 n = mul_add(mul_add(F64(kTangentNumerator[2]), z, F64(kTangentNumerator[1])), z,
-                        F64(kTangentNumerator[0])) *
-                r.hi;
-  const F64 d =
-      mul_add(mul_add(F64(kTangentDenominator[1]), z, F64(kTangentDenominator[0])), z, F64(1.0));
-  const M64 odd = is_odd(r.quadrant);
-  const F64 above = select(odd, d, n), below = select(odd, n, d);
-  F64 y;
+// Of r with its sign, the polynomials' errors being below 2^-29; the quotient's below 2^-28 for
+// doubles, 2^-41 for floats.
+template <bool for_single, int n, int d>
+ORBA_INLINE F64 tangent_by_ratio(F64 r, I64 quadrant, const double (&numerator)[n],
+                                 const double (&denominator)[d]) {
+  const F64 z = r * r;
+  const F64 sine = r * horner(z, numerator), cosine = horner(z, denominator);
+  const M64 odd = is_odd(quadrant);
+  const F64 above = select(odd, cosine, sine), below = select(odd, sine, cosine);
 #if ORBA_CLASS == 5
-  const F64 approximate = approx_recip(below);
-  const F64 error = neg_mul_add(below, approximate, F64(1.0));
-  const F64 q = above * approximate;
-  y = mul_add(q, for_single ? mul_add(error, error, error) : error, q);
+  const F64 recip = approx_recip(below);
+  const F64 error = neg_mul_add(below, recip, F64(1.0));
+  const F64 q = above * recip;
+  const F64 y = mul_add(q, for_single ? mul_add(error, error, error) : error, q);
 #else
-  y = above / below;
+  const F64 y = above / below;
 #endif
-  return with_tangent_sign(y, x, r.quadrant);
+  return with_sign(y, shl<63>(quadrant));
 }
 
 struct TanBase {
@@ -108,9 +91,9 @@ struct TanPairs : TanBase {
 
 struct TanRatio : TanBase {
   ORBA_INLINE static F64 eval(F64 x, M64& flag) {
-    const F64 a = abs(x);
-    flag = flag | not_le(a, F64(128000.0));
-    return tangent_by_ratio<false>(x, reduce_short(a));
+    flag = flag | not_le(abs(x), F64(128000.0));
+    const Reduced r = reduce_short(x);
+    return tangent_by_ratio<false>(r.hi, r.quadrant, kTangentNumerator, kTangentDenominator);
   }
 };
 
@@ -123,17 +106,22 @@ struct TanSingle {
   static constexpr int unroll = 1;
   ORBA_INLINE static F32 eval(F32 x, M32& flag) {
     flag = flag | not_le(abs(x), F32(10000.0f));
-    const F64 lo = widen_low(x), hi = widen_high(x);
-    return narrow(tangent_by_ratio<true>(lo, reduce_short(abs(lo))),
-                  tangent_by_ratio<true>(hi, reduce_short(abs(hi))));
+    return joined(quarter_turns(widen_low(x)), quarter_turns(widen_high(x)));
   }
   ORBA_INLINE static F32 eval_rare(F32 x, M32& flag) {
     flag = flag | not_finite(x);
-    const F64 lo = widen_low(x), hi = widen_high(x);
-    return narrow(tangent_by_ratio<true>(lo, reduce_huge(abs(lo))),
-                  tangent_by_ratio<true>(hi, reduce_huge(abs(hi))));
+    return joined(quarter_turns_of_huge(widen_low(x)), quarter_turns_of_huge(widen_high(x)));
   }
   static int32_t callout(const float* a, float* y) { return classify(*a, y); }
+
+ private:
+  ORBA_INLINE static F64 tangent(const Fraction& q) {
+    return tangent_by_ratio<true>(q.f, q.turns, kTangentOfQuarterTurnsNumerator,
+                                  kTangentOfQuarterTurnsDenominator);
+  }
+  ORBA_INLINE static F32 joined(const Fraction& lo, const Fraction& hi) {
+    return narrow(tangent(lo), tangent(hi));
+  }
 };
 
 struct TanSingleShort : TanSingle {
@@ -143,8 +131,8 @@ struct TanSingleShort : TanSingle {
     flag = flag | not_le(a, F32(10000.0f));
     const ReducedSingle r = reduce_single(a);
     const F32 z = r.r * r.r;
-    const F32 n = mul_add(F32(kTangentFNumerator[1]), z, F32(kTangentFNumerator[0])) * r.r;
-    const F32 d = mul_add(F32(kTangentFDenominator[0]), z, F32(1.0f));
+    const F32 n = r.r * horner(z, kTangentFNumerator);
+    const F32 d = horner(z, kTangentFDenominator);
     const M32 odd = is_odd(r.quadrant);
     const F32 y = select(odd, d, n) * approx_recip(select(odd, n, d));
     return as_float(as_bits(y) ^ (shl<31>(r.quadrant) ^ (as_bits(x) & I32(INT32_MIN))));

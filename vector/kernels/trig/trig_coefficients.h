@@ -16,12 +16,12 @@ constexpr double kQuarterTurn2 = 0x1.1a62633p-54;
 constexpr double kQuarterTurn3 = 0x1.45c06e0e68948p-86;
 constexpr double kHalfTurn1 = 0x1.921fb54442d18p1;
 constexpr double kHalfTurn2 = 0x1.1a62633145c07p-53;
-constexpr float kQuarterTurnF1 = 0x1.921fb6p0f;
-constexpr float kQuarterTurnF2 = -0x1.777a5cp-25f;
-constexpr float kQuarterTurnF3 = -0x1.ee59dap-50f;
-constexpr float kHalfTurnF1 = 0x1.921fb6p1f;
-constexpr float kHalfTurnF2 = -0x1.777a5cp-24f;
-constexpr float kHalfTurnF3 = -0x1.ee59dap-49f;
+constexpr float kQuarterTurnF1 = 0x1.921fb4p0f;
+constexpr float kQuarterTurnF2 = 0x1.4442dp-24f;
+constexpr float kQuarterTurnF3 = 0x1.84698ap-48f;
+constexpr float kHalfTurnF1 = 0x1.921fb4p1f;
+constexpr float kHalfTurnF2 = 0x1.4442dp-23f;
+constexpr float kHalfTurnF3 = 0x1.84698ap-47f;
 
 // Words whose products with quotients below 2^16 (2^24, 2^12) are exact without FMA.
 constexpr double kQuarterTurnShort1 = 0x1.921fb5444p0;
@@ -29,26 +29,28 @@ constexpr double kQuarterTurnShort2 = 0x1.68c234c4cp-39;
 constexpr double kQuarterTurnShort3 = 0x1.98a2e037p-77;
 constexpr double kQuarterTurnShort4 = 0x1.cd129024e088ap-115;
 constexpr double kHalfTurnShort1 = 0x1.921fb54p1;
-constexpr double kHalfTurnShort2 = 0x1.10b4612p-29;
-constexpr double kHalfTurnShort3 = -0x1.676733bp-59;
-constexpr double kHalfTurnShort4 = 0x1.701b839a25205p-91;
-constexpr float kHalfTurnShortF1 = 0x1.922p1f;
-constexpr float kHalfTurnShortF2 = -0x1.2aep-17f;
-constexpr float kHalfTurnShortF3 = -0x1.deap-30f;
-constexpr float kHalfTurnShortF4 = 0x1.184698p-43f;
-constexpr float kQuarterTurnShortF1 = 0x1.922p0f;
-constexpr float kQuarterTurnShortF2 = -0x1.2aep-18f;
-constexpr float kQuarterTurnShortF3 = -0x1.deap-31f;
-constexpr float kQuarterTurnShortF4 = 0x1.184698p-44f;
+constexpr double kHalfTurnShort2 = 0x1.10b4611p-29;
+constexpr double kHalfTurnShort3 = 0x1.4c4c662p-58;
+constexpr double kHalfTurnShort4 = 0x1.1701b839a252p-87;
+constexpr float kHalfTurnShortF1 = 0x1.92p1f;
+constexpr float kHalfTurnShortF2 = 0x1.fb4p-11f;
+constexpr float kHalfTurnShortF3 = 0x1.444p-23f;
+constexpr float kHalfTurnShortF4 = 0x1.68c234p-38f;
 
 // Steps of the table of 32nds of a half turn, quotients below 2^4.
 constexpr double kPerTableStep = 0x1.45f306dc9c883p3;
-constexpr double kTableStep1 = 0x1.921fb54442d2p-4;
-constexpr double kTableStep2 = -0x1.ee59d9cceba4p-54;
+constexpr double kTableStep1 = 0x1.921fb54442d1p-4;
+constexpr double kTableStep2 = 0x1.08d313198a2ep-53;
 
 // Radians of a turn of 2^64 units.
 constexpr double kTurn1 = 0x1.921fb54442d18p-62;
 constexpr double kTurn2 = 0x1.1a62633145c07p-116;
+
+// Half and quarter turns of a radian, in words: products of the first one with floats are exact.
+constexpr double kHalfTurns1 = 0x1.45f306dp-2;
+constexpr double kHalfTurns2 = 0x1.9391054a7f09dp-31;
+constexpr double kQuarterTurns1 = 0x1.45f306dp-1;
+constexpr double kQuarterTurns2 = 0x1.9391054a7f09dp-30;
 
 constexpr double kMinusSixth = -0x1.5555555555555p-3;
 
@@ -78,11 +80,6 @@ constexpr double kSineShortSeries[] = {
 constexpr double kCosineShortSeries[] = {
     -0x1.ffffffd0c5c3fp-2, 0x1.55553e104615p-5, -0x1.6c087e7b635d8p-10, 0x1.99342cb7724d3p-16};
 
-// sin x from degree 3 in steps of two, |x| <= 1.5712890625, error below 2^-35.
-constexpr double kHalfTurnSeries5[] = {
-    -0x1.5555554769442p-3, 0x1.11110c49f77f6p-7, -0x1.a017d99d0e113p-13, 0x1.71707fb7c567bp-19,
-    -0x1.9a687deae5981p-26};
-
 // sin x from degree 3 in steps of two, |x| <= 1.5712890625, error below 2^-27.
 constexpr double kHalfTurnSeries4[] = {
     -0x1.55554bc822c9p-3, 0x1.110ed37ce1cfbp-7, -0x1.9f6ffe3ef367ep-13, 0x1.5dbde6dc2d218p-19};
@@ -91,13 +88,29 @@ constexpr double kHalfTurnSeries4[] = {
 constexpr double kHalfTurnSeriesToOne4[] = {
     -0x1.55554bc822c9p-3, 0x1.110ed37ce1cfbp-7, -0x1.9f6ffe3ef367ep-13, 0x1.5dba5491b4b8p-19};
 
-// N of tan x = x*N(x^2)/D(x^2), |x| <= 0.78564453125, error below 2^-29.
+// sin(pi*x) from degree 1 in steps of two, relatively, |x| <= 0.500244140625, error below 2^-27.
+constexpr double kSineOfHalfTurns[] = {
+    0x1.921fb52066118p1, -0x1.4abbc16606802p2, 0x1.4668af28cfb7bp1, -0x1.324cc686333dep-1,
+    0x1.3dafaaf185082p-4};
+
+// sin(pi/2*x) from degree 1 in steps of two, relatively, |x| <= 0.500244140625, error below 2^-28.
+constexpr double kSineOfQuarterTurns[] = {
+    0x1.921fb52e68b95p0, -0x1.4abbb8ff3720dp-1, 0x1.465e918410263p-4, -0x1.2d92ed21fe002p-8};
+
+// cos(pi/2*x) from degree 0 in steps of two, relatively, |x| <= 0.500244140625, error below 2^-34.
+constexpr double kCosineOfQuarterTurns[] = {
+    0x1.ffffffff84ad9p-1, -0x1.3bd3cc6e7a10ap0, 0x1.03c1daabf8043p-2, -0x1.55c4e949a8093p-6,
+    0x1.d99f31dbcd5ddp-11};
+
+// N and D of tan x = x*N(x^2)/D(x^2), relatively, |x| <= 0.78564453125, error below 2^-29.
 constexpr double kTangentNumerator[] = {
     0x1.00000005abc32p0, -0x1.c71c78fb73d14p-4, 0x1.156b5af701f6cp-10};
+constexpr double kTangentDenominator[] = {0x1p0, -0x1.c71c71c71c71cp-2, 0x1.041041041041p-6};
 
-// (D - 1)/x^2, |x| <= 0.78564453125, error below 2^0.
-constexpr double kTangentDenominator[] = {
-    -0x1.c71c71c71c71cp-2, 0x1.041041041041p-6};
+// N and D of tan(pi/2*x) = x*N(x^2)/D(x^2), relatively, |x| <= 0.500244140625, error below 2^-29.
+constexpr double kTangentOfQuarterTurnsNumerator[] = {
+    0x1.921fb54d2b3dbp0, -0x1.b8fa6f7e366f3p-2, 0x1.4b9fc8bb70e01p-7};
+constexpr double kTangentOfQuarterTurnsDenominator[] = {0x1p0, -0x1.18bc4418cafe2p0, 0x1.8bd23188b34f9p-4};
 
 // sin x from degree 3 in steps of two, |x| <= 0.78564453125, error below 2^-19.
 constexpr float kSineShortSeriesF[] = {
@@ -115,13 +128,10 @@ constexpr float kHalfTurnSeries2F[] = {
 constexpr float kHalfTurnSeriesToOne2F[] = {
     -0x1.543b8ap-3f, 0x1.f4d94p-8f};
 
-// N of tan x = x*N(x^2)/D(x^2), |x| <= 0.78564453125, error below 2^-14.
+// N and D of tan x = x*N(x^2)/D(x^2), relatively, |x| <= 0.78564453125, error below 2^-14.
 constexpr float kTangentFNumerator[] = {
     0x1.fffa6p-1f, -0x1.0fb3fap-4f};
-
-// (D - 1)/x^2, |x| <= 0.78564453125, error below 2^0.
-constexpr float kTangentFDenominator[] = {
-    -0x1.99999ap-2f};
+constexpr float kTangentFDenominator[] = {0x1p0f, -0x1.99999ap-2f};
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
