@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "writer.h"
+
 namespace {
 
 constexpr int kWords = 20;  // of the circle's reciprocal
@@ -69,11 +71,8 @@ void write_rows() {
 }  // namespace
 
 int main() {
-  std::printf(
-      "// Written by tools/tables/trig_tables.cpp; do not edit.\n// clang-format off\n#pragma "
-      "once\n\n"
-      "#include <stdint.h>\n\nnamespace orba::ORBA_CLASS_NAMESPACE {\nnamespace {\n\n");
+  begin_class_header("trig_tables", "vector/kernels/simd/simd.h");
   write_reciprocal_turn();
   write_rows();
-  std::printf("}  // namespace\n}  // namespace orba::ORBA_CLASS_NAMESPACE\n");
+  end_class_header();
 }

@@ -104,6 +104,15 @@ ORBA_INLINE I64 shift_left(I64 a, I64 count) {
 }
 #endif
 
+// The low 64 bits of products.
+ORBA_INLINE I64 mul_low(I64 a, I64 b) {
+#if ORBA_CLASS == 5
+  return _mm512_mullo_epi64(a.v, b.v);
+#else
+  return mul_low_words(a, b) + shl<32>(mul_low_words(a, shr<32>(b)) + mul_low_words(shr<32>(a), b));
+#endif
+}
+
 // Three words in a row, the most significant one first, from a byte offset into kReciprocalTurn.
 struct Window {
   I64 top, middle, low;
@@ -160,7 +169,7 @@ ORBA_INLINE Reduced reduce_huge(F64 a) {
   // The product's upper 128 bits, modulo 2^192, in columns of 32. m < 2^60, so sums of a product by
   // its upper word and of a word stay below 2^64.
   const I64 m_high = shr<32>(m);
-  const I64 a_high = shr<32>(w.middle), b_high = shr<32>(w.low), c_high = shr<32>(w.top);
+  const I64 a_high = shr<32>(w.middle), b_high = shr<32>(w.low);
   const I64 below = mul_low_words(m_high, b_high) + shr<32>(mul_low_words(m, b_high)) +
                     shr<32>(mul_low_words(m_high, w.low));
   const I64 p0 = mul_low_words(m, w.middle);
@@ -169,8 +178,7 @@ ORBA_INLINE Reduced reduce_huge(F64 a) {
   const I64 column0 = (p0 & word) + (below & word);
   const I64 column1 = (p2 & word) + shr<32>(below) + shr<32>(column0);
   const I64 above = mul_low_words(m_high, a_high) + shr<32>(p1) + shr<32>(p2) + shr<32>(column1);
-  const I64 top =
-      mul_low_words(m, w.top) + shl<32>(mul_low_words(m, c_high) + mul_low_words(m_high, w.top));
+  const I64 top = mul_low(m, w.top);
 
   // To the nearest quarter turn; the rest in units of 2^-64 turns, in pieces that are exact.
   const I64 turns = top + above + I64(int64_t{1} << 61);

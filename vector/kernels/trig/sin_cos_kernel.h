@@ -18,7 +18,7 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-template <bool cosine>
+template <bool cosine, bool exact>
 struct SinCosDouble {
   using In = double;
   using Out = double;
@@ -27,7 +27,6 @@ struct SinCosDouble {
   static constexpr int outputs = 1;
   static constexpr int unroll = kClass == 5 ? 1 : kClass == 3 ? 2 : 4;
 
-  template <bool exact>
   ORBA_INLINE static F64 in_quadrant(F64 x, const Reduced& r) {
     if constexpr (cosine) {
       const F64 y = cosine_or_sine<exact>(is_odd(r.quadrant + I64(int64_t{1})), r);
@@ -39,23 +38,23 @@ struct SinCosDouble {
   }
   ORBA_INLINE static F64 eval_rare(F64 x, M64& flag) {
     flag = flag | not_finite(x);
-    return in_quadrant<true>(x, reduce_huge(abs(x)));
+    return in_quadrant(x, reduce_huge(abs(x)));
   }
   static int32_t callout(const double* a, double* y) { return classify(*a, y); }
 };
 
 template <bool cosine, bool exact>
-struct SinCosPrecise : SinCosDouble<cosine> {
+struct SinCosPrecise : SinCosDouble<cosine, exact> {
   static constexpr double bound = exact || !kFused ? 0x1.00000e4db24cp16 : cosine ? 0x1p23 : 0x1p24;
   ORBA_INLINE static F64 eval(F64 x, M64& flag) {
     const F64 a = abs(x);
     flag = flag | not_le(a, F64(bound));
-    return SinCosDouble<cosine>::template in_quadrant<exact>(x, reduce(a));
+    return SinCosPrecise::in_quadrant(x, reduce(a));
   }
 };
 
 template <bool cosine>
-struct SinCosShort : SinCosDouble<cosine> {
+struct SinCosShort : SinCosDouble<cosine, false> {
   ORBA_INLINE static F64 eval(F64 x, M64& flag) {
     flag = flag | not_le(abs(x), F64(0x1p24));
     return by_half_turns<cosine>(x, cosine ? kHalfTurnSeriesToOne4 : kHalfTurnSeries4);

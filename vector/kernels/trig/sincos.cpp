@@ -42,6 +42,7 @@ ORBA_INLINE Results<F64> brief(F64 x, const Reduced& r) {
   return in_quadrant(x, short_sine(r.hi, z), short_cosine(z), r.quadrant);
 }
 
+template <bool exact>
 struct SinCosBase {
   using In = double;
   using Out = double;
@@ -51,7 +52,7 @@ struct SinCosBase {
   static constexpr int unroll = kClass == 5 ? 1 : 2;
   ORBA_INLINE static Results<F64> eval_rare(F64 x, M64& flag) {
     flag = flag | not_finite(x);
-    return precise<true>(x, reduce_huge(abs(x)));
+    return precise<exact>(x, reduce_huge(abs(x)));
   }
   static int32_t callout(const double* a, double* y, double* z) {
     classify(*a, z);
@@ -60,7 +61,7 @@ struct SinCosBase {
 };
 
 template <bool exact>
-struct SinCosBoth : SinCosBase {
+struct SinCosBoth : SinCosBase<exact> {
   static constexpr double bound = exact || !kFused ? 0x1.00000e4db24cp16 : 0x1p23;
   ORBA_INLINE static Results<F64> eval(F64 x, M64& flag) {
     const F64 a = abs(x);
@@ -69,7 +70,7 @@ struct SinCosBoth : SinCosBase {
   }
 };
 
-struct SinCosBothShort : SinCosBase {
+struct SinCosBothShort : SinCosBase<false> {
   ORBA_INLINE static Results<F64> eval(F64 x, M64& flag) {
     const F64 a = abs(x);
     flag = flag | not_le(a, F64(0x1p23));

@@ -65,6 +65,7 @@ ORBA_INLINE F64 tangent_by_ratio(F64 r, I64 quadrant, const double (&numerator)[
   return with_sign(y, shl<63>(quadrant));
 }
 
+template <bool exact>
 struct TanBase {
   using In = double;
   using Out = double;
@@ -74,13 +75,13 @@ struct TanBase {
   static constexpr int unroll = kClass == 5 ? 1 : 2;
   ORBA_INLINE static F64 eval_rare(F64 x, M64& flag) {
     flag = flag | not_finite(x);
-    return tangent<true>(x, reduce_huge(abs(x)));
+    return tangent<exact>(x, reduce_huge(abs(x)));
   }
   static int32_t callout(const double* a, double* y) { return classify(*a, y); }
 };
 
 template <bool exact>
-struct TanPairs : TanBase {
+struct TanPairs : TanBase<exact> {
   static constexpr double bound = exact || !kFused ? 0x1.00000e4db24cp16 : 128000.0;
   ORBA_INLINE static F64 eval(F64 x, M64& flag) {
     const F64 a = abs(x);
@@ -89,7 +90,7 @@ struct TanPairs : TanBase {
   }
 };
 
-struct TanRatio : TanBase {
+struct TanRatio : TanBase<false> {
   ORBA_INLINE static F64 eval(F64 x, M64& flag) {
     flag = flag | not_le(abs(x), F64(128000.0));
     const Reduced r = reduce_short(x);

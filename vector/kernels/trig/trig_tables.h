@@ -2,7 +2,7 @@
 // clang-format off
 #pragma once
 
-#include <stdint.h>
+#include "vector/kernels/simd/simd.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
@@ -52,6 +52,7 @@ alignas(64) constexpr double kSineCosineRows[17][4] = {
     {0x1.44cf325091dd6p-1, 0x1.8076a2cfdc6b3p-57, 0x1.8bc806b151741p-1, -0x1.2c5e12ed1336dp-55},
     {0x1.6a09e667f3bcdp-1, -0x1.bdd3413b26456p-55, 0x1.6a09e667f3bcdp-1, -0x1.bdd3413b26456p-55},
 };
+
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
