@@ -15,6 +15,9 @@ __float128 logq(__float128);
 __float128 log10q(__float128);
 __float128 log1pq(__float128);
 __float128 sqrtq(__float128);
+__float128 sinq(__float128);
+__float128 cosq(__float128);
+__float128 tanq(__float128);
 }
 
 namespace orba::bench {
@@ -30,6 +33,9 @@ inline Real expm1(Real x) { return expm1q(x); }
 inline Real log(Real x) { return logq(x); }
 inline Real log10(Real x) { return log10q(x); }
 inline Real log1p(Real x) { return log1pq(x); }
+inline Real sin(Real x) { return sinq(x); }
+inline Real cos(Real x) { return cosq(x); }
+inline Real tan(Real x) { return tanq(x); }
 
 inline Real widen(double x) { return x; }
 inline Complex widen(KamComplex8 x) { return {x.real, x.imag}; }
@@ -43,6 +49,9 @@ template <class T>
 constexpr T kDenormal = 1000 * std::numeric_limits<T>::denorm_min();
 template <class T>
 constexpr T kInfinity = std::numeric_limits<T>::infinity();
+// An argument that ordinary reductions can't take.
+template <class T>
+constexpr T kHuge = sizeof(T) == sizeof(float) ? T(1e30f) : T(1e200);
 // An argument of the exponential whose result is denormal.
 template <class T>
 constexpr T kUnderflowing = sizeof(T) == sizeof(float) ? T(-90) : T(-720);

@@ -13,7 +13,7 @@ target_compile_options(orba_options INTERFACE
 # inside its own intrinsics for mistakes. Linked behind orba_options, as the last word counts.
 add_library(orba_class_warnings INTERFACE)
 target_compile_options(orba_class_warnings INTERFACE
-  -Wno-unused-function $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>
+  -Wno-unused-function $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized -Wno-uninitialized>
   $<$<CXX_COMPILER_ID:Clang>:-Wno-unused-const-variable>)
 
 # The processor classes that have a build, and the instruction set of each.

@@ -228,3 +228,47 @@ void vdLog1p(int32_t n, const double* a, double* y);
 void vmdLog1p(int32_t n, const double* a, double* y, uint32_t mode);
 void vdlog1p(const int32_t* n, const double* a, double* y);
 void vmdlog1p(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Sine of an angle a in radians, of any size; -0 gives -0. KAM_STATUS_ERRDOM at both infinities, with
+ * NaN. Reduction by Cody and Waite, of huge arguments by Payne and Hanek. */
+void vsSin(int32_t n, const float* a, float* y);
+void vmsSin(int32_t n, const float* a, float* y, uint32_t mode);
+void vssin(const int32_t* n, const float* a, float* y);
+void vmssin(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdSin(int32_t n, const double* a, double* y);
+void vmdSin(int32_t n, const double* a, double* y, uint32_t mode);
+void vdsin(const int32_t* n, const double* a, double* y);
+void vmdsin(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Cosine of an angle a in radians, of any size; 1 for 0 exactly. KAM_STATUS_ERRDOM at both infinities,
+ * with NaN. Method: see Sin. */
+void vsCos(int32_t n, const float* a, float* y);
+void vmsCos(int32_t n, const float* a, float* y, uint32_t mode);
+void vscos(const int32_t* n, const float* a, float* y);
+void vmscos(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdCos(int32_t n, const double* a, double* y);
+void vmdCos(int32_t n, const double* a, double* y, uint32_t mode);
+void vdcos(const int32_t* n, const double* a, double* y);
+void vmdcos(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Sine and cosine of an angle a in radians. KAM_STATUS_ERRDOM at both infinities, with NaN twice.
+ */
+void vsSinCos(int32_t n, const float* a, float* y, float* z);
+void vmsSinCos(int32_t n, const float* a, float* y, float* z, uint32_t mode);
+void vssincos(const int32_t* n, const float* a, float* y, float* z);
+void vmssincos(const int32_t* n, const float* a, float* y, float* z, const uint32_t* mode);
+void vdSinCos(int32_t n, const double* a, double* y, double* z);
+void vmdSinCos(int32_t n, const double* a, double* y, double* z, uint32_t mode);
+void vdsincos(const int32_t* n, const double* a, double* y, double* z);
+void vmdsincos(const int32_t* n, const double* a, double* y, double* z, const uint32_t* mode);
+
+/* Tangent of an angle a in radians, of any size; -0 gives -0. KAM_STATUS_ERRDOM at both infinities,
+ * with NaN; no argument is so near a pole that the result overflows. */
+void vsTan(int32_t n, const float* a, float* y);
+void vmsTan(int32_t n, const float* a, float* y, uint32_t mode);
+void vstan(const int32_t* n, const float* a, float* y);
+void vmstan(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdTan(int32_t n, const double* a, double* y);
+void vmdTan(int32_t n, const double* a, double* y, uint32_t mode);
+void vdtan(const int32_t* n, const double* a, double* y);
+void vmdtan(const int32_t* n, const double* a, double* y, const uint32_t* mode);

@@ -50,6 +50,9 @@ ORBA_DECLARE_LIBMVEC(expm1)
 ORBA_DECLARE_LIBMVEC(log)
 ORBA_DECLARE_LIBMVEC(log10)
 ORBA_DECLARE_LIBMVEC(log1p)
+ORBA_DECLARE_LIBMVEC(sin)
+ORBA_DECLARE_LIBMVEC(cos)
+ORBA_DECLARE_LIBMVEC(tan)
 #endif
 
 namespace orba::bench::ORBA_CLASS_NAMESPACE {
@@ -100,6 +103,21 @@ struct Vector_s {
 #define ORBA_SLEEF_PEER(Name, name, bound)                                         \
   ORBA_VECTOR_PEER(s, float, Name, "sleef_" #bound, ORBA_SLEEF_s(name, bound)(x)); \
   ORBA_VECTOR_PEER(d, double, Name, "sleef_" #bound, ORBA_SLEEF_d(name, bound)(x))
+// Functions with two results, in x and y of a structure.
+#define ORBA_SLEEF_TWO_(t, E, Name, bound, function)                                \
+  hand_over(                                                                        \
+      sink, "v" #t #Name, "sleef_" #bound, +[](int32_t n, const E* a, E* y, E* z) { \
+        apply<Vector_##t>(n, a, y, [&, i = 0](Vector_##t::Type x) mutable {         \
+          const auto both = function(x);                                            \
+          constexpr int32_t kWidth = sizeof x / sizeof(E);                          \
+          memcpy(z + i, &both.y, sizeof(E) * (n - i < kWidth ? n - i : kWidth));    \
+          i += kWidth;                                                              \
+          return both.x;                                                            \
+        });                                                                         \
+      })
+#define ORBA_SLEEF_TWO_PEER(Name, name, bound)                       \
+  ORBA_SLEEF_TWO_(s, float, Name, bound, ORBA_SLEEF_s(name, bound)); \
+  ORBA_SLEEF_TWO_(d, double, Name, bound, ORBA_SLEEF_d(name, bound))
 #define ORBA_XSIMD_PEER(Name, name)                                               \
   ORBA_VECTOR_PEER(s, float, Name, "xsimd", xsimd::name(xsimd::batch<float>(x))); \
   ORBA_VECTOR_PEER(d, double, Name, "xsimd", xsimd::name(xsimd::batch<double>(x)))
@@ -111,6 +129,9 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBMVEC_PEER(Ln, log);
   ORBA_LIBMVEC_PEER(Log10, log10);
   ORBA_LIBMVEC_PEER(Log1p, log1p);
+  ORBA_LIBMVEC_PEER(Sin, sin);
+  ORBA_LIBMVEC_PEER(Cos, cos);
+  ORBA_LIBMVEC_PEER(Tan, tan);
 #endif
 #if ORBA_BENCH_SLEEF
   ORBA_SLEEF_PEER(Sqrt, sqrt, u05);
@@ -121,6 +142,14 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_SLEEF_PEER(Ln, log, u35);
   ORBA_SLEEF_PEER(Log10, log10, u10);
   ORBA_SLEEF_PEER(Log1p, log1p, u10);
+  ORBA_SLEEF_PEER(Sin, sin, u10);
+  ORBA_SLEEF_PEER(Sin, sin, u35);
+  ORBA_SLEEF_PEER(Cos, cos, u10);
+  ORBA_SLEEF_PEER(Cos, cos, u35);
+  ORBA_SLEEF_PEER(Tan, tan, u10);
+  ORBA_SLEEF_PEER(Tan, tan, u35);
+  ORBA_SLEEF_TWO_PEER(SinCos, sincos, u10);
+  ORBA_SLEEF_TWO_PEER(SinCos, sincos, u35);
 #endif
 #if ORBA_BENCH_XSIMD
   ORBA_XSIMD_PEER(Sqrt, sqrt);
@@ -129,6 +158,9 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_XSIMD_PEER(Ln, log);
   ORBA_XSIMD_PEER(Log10, log10);
   ORBA_XSIMD_PEER(Log1p, log1p);
+  ORBA_XSIMD_PEER(Sin, sin);
+  ORBA_XSIMD_PEER(Cos, cos);
+  ORBA_XSIMD_PEER(Tan, tan);
 #endif
 }
 

@@ -76,6 +76,9 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBM_LOOP(Ln, log);
   ORBA_LIBM_LOOP(Log10, log10);
   ORBA_LIBM_LOOP(Log1p, log1p);
+  ORBA_LIBM_LOOP(Sin, sin);
+  ORBA_LIBM_LOOP(Cos, cos);
+  ORBA_LIBM_LOOP(Tan, tan);
 }
 
 }  // namespace orba::bench::ORBA_CLASS_NAMESPACE

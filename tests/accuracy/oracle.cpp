@@ -23,6 +23,8 @@ int zero_or_negative(const Lane& lane) { return lane.a[0] == 0 ? KAM_STATUS_SING
 int below_minus_one(const Lane& lane) {
   return lane.a[0] == -1 ? KAM_STATUS_SING : lane.a[0] < -1 ? KAM_STATUS_ERRDOM : KAM_STATUS_OK;
 }
+int infinite(const Lane& lane) { return std::isinf(lane.a[0]) ? KAM_STATUS_ERRDOM : KAM_STATUS_OK; }
+bool not_finite(const Lane& lane) { return !std::isfinite(lane.a[0]); }
 int complex_quotient(const Lane& lane) {
   const bool zero = lane.b[0] == 0 && lane.b[1] == 0;
   const bool report = lane.overflow && lane.finite_inputs() && !zero;
@@ -105,6 +107,12 @@ const Oracle kOracles[] = {
     {"Ln", false, ORBA_UNARY(mpfr_log), ORBA_WIDE(std::log(x)), zero_or_negative},
     {"Log10", false, ORBA_UNARY(mpfr_log10), ORBA_WIDE(std::log10(x)), zero_or_negative},
     {"Log1p", false, ORBA_UNARY(mpfr_log1p), ORBA_WIDE(std::log1p(x)), below_minus_one},
+    {"Sin", false, ORBA_UNARY(mpfr_sin), ORBA_WIDE(std::sin(x)), infinite, kByMode, not_finite},
+    {"Cos", false, ORBA_UNARY(mpfr_cos), ORBA_WIDE(std::cos(x)), infinite, kByMode, not_finite},
+    {"SinCos", false,
+     [](mpfr_t* r, mpfr_t* a, mpfr_t*) { mpfr_sin_cos(r[0], r[1], a[0], kNearest); }, nullptr,
+     infinite, kByMode, not_finite, 2},
+    {"Tan", false, ORBA_UNARY(mpfr_tan), ORBA_WIDE(std::tan(x)), infinite, kByMode, not_finite},
     {"Add", true, ORBA_PARTS(mpfr_add), nullptr, finite_overflow_but_ep},
     {"Sub", true, ORBA_PARTS(mpfr_sub), nullptr, finite_overflow_but_ep},
     {"Mul", true, multiply, nullptr, finite_overflow},
@@ -156,7 +164,7 @@ void set_unit(Reference& reference, int exponent, double magnitude) {
 }  // namespace
 
 Evaluator::Evaluator(const Oracle& oracle, Measure measure)
-    : oracle_(oracle), measure_(measure), parts_(oracle.complex ? 2 : 1) {
+    : oracle_(oracle), measure_(measure), parts_(oracle.complex ? 2 : oracle.results) {
   mpfr_inits2(kPrecision, a_[0], a_[1], b_[0], b_[1], r_[0], r_[1], tail_, nullptr);
 }
 
@@ -173,7 +181,7 @@ void Evaluator::exact(const Real* a, const Real* b, Reference* references) {
   for (int part = 0; part < parts_; ++part) {
     Reference& reference = references[part];
     mpfr_srcptr x = r_[part];
-    mpfr_srcptr larger = parts_ == 2 && mpfr_cmpabs(r_[1 - part], x) > 0 ? r_[1 - part] : x;
+    mpfr_srcptr larger = oracle_.complex && mpfr_cmpabs(r_[1 - part], x) > 0 ? r_[1 - part] : x;
     int place = place_of<Real>(x);
     if (measure_ == Measure::kUlpOfPair) {
       place = std::max(place, place_of<Real>(larger) - kPairMargin);

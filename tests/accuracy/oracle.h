@@ -52,6 +52,7 @@ struct Oracle {
   int (*status)(const Lane&);                      // what a kernel has to report
   Denormals denormals = Denormals::kByMode;
   bool (*callout_takes)(const Lane&) = nullptr;  // what a callout may receive; null: everything
+  int results = 1;                               // of a real function, each with its own error
 };
 
 // Null when there is none.

@@ -13,8 +13,8 @@
 //                                  into Flag the lanes whose result it can't vouch for
 //   eval_rare(a [, b], Flag&)      (optional) a second vector road for lanes that eval has flagged, such
 //                                  as huge arguments; it sets Flag to the lanes that it can't vouch for
-//                                  either. Called out of line, for packs with a flagged lane; results
-//                                  of other lanes are not looked at
+//                                  either. It runs out of line, in whole rounds on flagged lanes that
+//                                  are gathered from all packs
 //   callout(a [, b], r1 [, r2])    the complete scalar function (pointers in, status out) that the
 //                                  lanes still flagged get instead; absent with NoFlag. One that never
 //                                  reports returns nothing, as it must where In and Out differ
@@ -182,14 +182,16 @@ ORBA_INLINE auto call_out(const F& f, Scratch<F>& s, int lane) {
     return f.callout(&s.a[lane], &s.y[lane]);
 }
 
-// Callouts for the lanes in `flagged`, in ascending order. A reported element is in the result arrays
-// while its error is handled and is read back afterwards, which is how a callback replaces it.
-template <class F>
-ORBA_COLD void run_callouts(const F& f, const Arrays<F>& x, int64_t i, uint32_t flagged,
+// Callouts for the lanes in `flagged`, in ascending order; `places` says which elements they are. A
+// reported element is in the result arrays while its error is handled and is read back afterwards,
+// which is how a callback replaces it.
+template <class F, class Places>
+ORBA_COLD void run_callouts(const F& f, const Arrays<F>& x, Places places, uint32_t flagged,
                             Scratch<F>& s, FloatEnvironment& environment,
                             [[maybe_unused]] const char* name) {
   while (flagged != 0) {
     const int lane = __builtin_ctz(flagged);
+    const int64_t place = places(lane);
     flagged &= flagged - 1;
     environment.before_callout();
     if constexpr (__is_same(decltype(call_out(f, s, lane)), void)) {
@@ -198,17 +200,17 @@ ORBA_COLD void run_callouts(const F& f, const Arrays<F>& x, int64_t i, uint32_t 
       static_assert(__is_same(typename F::In, typename F::Out));
       const int32_t code = call_out(f, s, lane);
       if (code == 0) continue;
-      x.y[i + lane] = s.y[lane];
-      if constexpr (F::outputs == 2) x.z[i + lane] = s.z[lane];
+      x.y[place] = s.y[lane];
+      if constexpr (F::outputs == 2) x.z[place] = s.z[lane];
       if constexpr (requires { f.second_argument(); }) {
         const typename F::In second = f.second_argument();
-        vector::element_error_strided(code, static_cast<int32_t>(i + lane), x.a, 1, &second, 0, x.y,
-                                      1, x.z, 1, name);
+        vector::element_error_strided(code, static_cast<int32_t>(place), x.a, 1, &second, 0, x.y, 1,
+                                      x.z, 1, name);
       } else {
-        report(code, static_cast<int32_t>(i + lane), x.a, x.b, x.y, x.z, name);
+        report(code, static_cast<int32_t>(place), x.a, x.b, x.y, x.z, name);
       }
-      s.y[lane] = x.y[i + lane];
-      if constexpr (F::outputs == 2) s.z[lane] = x.z[i + lane];
+      s.y[lane] = x.y[place];
+      if constexpr (F::outputs == 2) s.z[lane] = x.z[place];
     }
   }
 }
@@ -236,7 +238,8 @@ ORBA_INLINE void run_pack(const F& f, const Arrays<F>& x, int64_t i, FloatEnviro
         if constexpr (F::inputs == 2) s.b[lane] = x.b[i + lane];
       }
       store_results(Arrays<F>{s.a, s.b, s.y, s.z}, 0, y);
-      run_callouts<F>(f, x, i, flagged, s, environment, name);
+      run_callouts(
+          f, x, [i](int lane) { return i + lane; }, flagged, s, environment, name);
       for (int lane = 0; lane < count; ++lane) {
         x.y[i + lane] = s.y[lane];
         if constexpr (F::outputs == 2) x.z[i + lane] = s.z[lane];
@@ -261,6 +264,122 @@ __attribute__((noinline)) void run_packs(const F& f, const Arrays<F>& x, int64_t
   packs(f, x, i, end, environment, name);
 }
 
+// Lanes for the rare road, gathered from many packs.
+template <class F>
+struct RareLanes {
+  static constexpr int size = eval_size<F>, round = F::unroll * size, capacity = 4 * round + 64;
+  alignas(64) typename F::In a[capacity + size];
+  alignas(64) typename F::In b[F::inputs == 2 ? capacity + size : 1];
+  int64_t place[capacity];
+  int count = 0;
+  bool full() const { return count > capacity - round; }
+};
+
+// Whole rounds from `i` on, until `end`, until the lanes gathered fill their room, or before the first
+// round with nothing but flagged lanes, which is left untouched.
+template <class F>
+__attribute__((noinline)) int64_t run_gathering_rounds(const F& f, const Arrays<F>& x, int64_t i,
+                                                       int64_t end, RareLanes<F>& rare) {
+  constexpr int size = eval_size<F>;
+  for (; i < end && !rare.full(); i += F::unroll * size) {
+    typename F::Flag flag[F::unroll]{};
+    decltype(eval_pack(f, x, i, flag[0])) y[F::unroll];
+    ORBA_UNROLL
+    for (int u = 0; u < F::unroll; ++u) y[u] = eval_pack(f, x, i + u * size, flag[u]);
+    typename F::Flag one{};
+    ORBA_UNROLL
+    for (int u = 0; u < F::unroll; ++u) one = one | flag[u];
+    if (any(one)) [[unlikely]] {
+      uint64_t flagged = 0;
+      ORBA_UNROLL
+      for (int u = 0; u < F::unroll; ++u)
+        flagged |= static_cast<uint64_t>(element_bits(flag[u])) << u * size;
+      if (flagged == ~uint64_t{0} >> (64 - F::unroll * size)) return i;
+      for (; flagged != 0; flagged &= flagged - 1) {
+        const int64_t place = i + __builtin_ctzll(flagged);
+        rare.a[rare.count] = x.a[place];
+        if constexpr (F::inputs == 2) rare.b[rare.count] = x.b[place];
+        rare.place[rare.count++] = place;
+      }
+    }
+    ORBA_UNROLL
+    for (int u = 0; u < F::unroll; ++u) store_results(x, i + u * size, y[u]);
+  }
+  return i;
+}
+
+// Whole rounds from `i` on with nothing but flagged lanes, as long as the rare road needs no callout.
+template <class F>
+__attribute__((noinline)) int64_t run_rare_rounds(const F& f, const Arrays<F>& x, int64_t i,
+                                                  int64_t end) {
+  constexpr int size = eval_size<F>;
+  for (; i < end; i += F::unroll * size) {
+    typename F::Flag left{};
+    for (int u = 0; u < F::unroll; ++u) {
+      typename F::Flag flag{};
+      eval_pack(f, x, i + u * size, flag);  // nothing of it is needed but the flag
+      if (element_bits(flag) != (2u << (size - 1)) - 1) return i;
+    }
+    decltype(eval_pack<true>(f, x, i, left)) y[F::unroll];
+    for (int u = 0; u < F::unroll; ++u) y[u] = eval_pack<true>(f, x, i + u * size, left);
+    if (any(left)) return i;
+    for (int u = 0; u < F::unroll; ++u) store_results(x, i + u * size, y[u]);
+  }
+  return i;
+}
+
+// The rare road and the callouts for the lanes gathered.
+template <class F>
+ORBA_COLD void run_rare_lanes(const F& f, const Arrays<F>& x, RareLanes<F>& rare,
+                              FloatEnvironment& environment, const char* name) {
+  constexpr int size = eval_size<F>;
+  for (int i = rare.count; i % size != 0; ++i) {
+    rare.a[i] = static_cast<typename F::In>(kFiller);
+    if constexpr (F::inputs == 2) rare.b[i] = static_cast<typename F::In>(kFiller);
+  }
+  Scratch<F> s;
+  for (int i = 0; i < rare.count; i += size) {
+    const int count = rare.count - i < size ? rare.count - i : size;
+    const int64_t* places = rare.place + i;
+    typename F::Flag left{};
+    const Arrays<F> to_scratch = {rare.a, rare.b, s.y - i, s.z - i};
+    store_results(to_scratch, i, eval_pack<true>(f, to_scratch, i, left));
+    const uint32_t flagged = element_bits(left) & ((2u << (count - 1)) - 1);
+    if (flagged != 0) [[unlikely]] {
+      __builtin_memcpy(s.a, rare.a + i, sizeof s.a);
+      if constexpr (F::inputs == 2) __builtin_memcpy(s.b, rare.b + i, sizeof s.b);
+      run_callouts(
+          f, x, [places](int lane) { return places[lane]; }, flagged, s, environment, name);
+    }
+    for (int lane = 0; lane < count; ++lane) {
+      x.y[places[lane]] = s.y[lane];
+      if constexpr (F::outputs == 2) x.z[places[lane]] = s.z[lane];
+    }
+  }
+  rare.count = 0;
+}
+
+// The whole rounds of a function with a rare road. A round with nothing but flagged lanes, one of
+// which may need a callout, ends what is gathered, so that callouts come in ascending order.
+template <class F>
+ORBA_INLINE void run_rounds_and_rare(const F& f, const Arrays<F>& x, int64_t whole,
+                                     FloatEnvironment& environment, const char* name) {
+  constexpr int round = F::unroll * eval_size<F>;
+  RareLanes<F> rare;
+  for (int64_t i = 0; i < whole;) {
+    i = run_gathering_rounds(f, x, i, whole, rare);
+    if (rare.count != 0) run_rare_lanes(f, x, rare, environment, name);
+    if (i == whole) break;
+    const int64_t rest = run_rare_rounds(f, x, i, whole);
+    if (rest == i) {
+      run_packs(f, x, i, i + round, environment, name);
+      i += round;
+    } else {
+      i = rest;
+    }
+  }
+}
+
 template <class F>
 ORBA_INLINE void run_function(const F& f, const Arrays<F>& x, int64_t n,
                               FloatEnvironment& environment, const char* name) {
@@ -268,6 +387,9 @@ ORBA_INLINE void run_function(const F& f, const Arrays<F>& x, int64_t n,
   const int64_t whole = n - static_cast<uint32_t>(n) % round;
   if constexpr (!has_flags<F>) {
     packs(f, x, rounds(f, x, 0, whole), n, environment, name);
+  } else if constexpr (has_rare_road<F>) {
+    if (whole != 0) run_rounds_and_rare(f, x, whole, environment, name);
+    if (whole != n) run_packs(f, x, whole, n, environment, name);
   } else {
     int64_t i = 0;
     while (i < whole) {

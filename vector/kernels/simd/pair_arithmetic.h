@@ -89,8 +89,13 @@ ORBA_INLINE Pair<V> operator*(Pair<V> a, Pair<V> b) {
 template <class V>
 ORBA_INLINE Pair<V> quotient(Pair<V> n, Pair<V> d, V recip) {
   const V q = n.hi * recip;
-  const Pair<V> back = two_product(q, d.hi);
-  const V residual = ((n.hi - back.hi) - back.lo) + (n.lo - q * d.lo);
+  V residual;
+  if constexpr (kFused) {
+    residual = neg_mul_add(q, d.lo, neg_mul_add(q, d.hi, n.hi) + n.lo);
+  } else {
+    const Pair<V> back = two_product(q, d.hi);
+    residual = ((n.hi - back.hi) - back.lo) + (n.lo - q * d.lo);
+  }
   return {q, residual * recip};
 }
 
