@@ -15,6 +15,10 @@ __float128 logq(__float128);
 __float128 log10q(__float128);
 __float128 log1pq(__float128);
 __float128 sqrtq(__float128);
+__float128 asinq(__float128);
+__float128 acosq(__float128);
+__float128 atanq(__float128);
+__float128 atan2q(__float128, __float128);
 }
 
 namespace orba::bench {
@@ -30,6 +34,10 @@ inline Real expm1(Real x) { return expm1q(x); }
 inline Real log(Real x) { return logq(x); }
 inline Real log10(Real x) { return log10q(x); }
 inline Real log1p(Real x) { return log1pq(x); }
+inline Real asin(Real x) { return asinq(x); }
+inline Real acos(Real x) { return acosq(x); }
+inline Real atan(Real x) { return atanq(x); }
+inline Real atan2(Real y, Real x) { return atan2q(y, x); }
 
 inline Real widen(double x) { return x; }
 inline Complex widen(KamComplex8 x) { return {x.real, x.imag}; }

@@ -76,6 +76,11 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBM_LOOP(Ln, log);
   ORBA_LIBM_LOOP(Log10, log10);
   ORBA_LIBM_LOOP(Log1p, log1p);
+  ORBA_LIBM_LOOP(Asin, asin);
+  ORBA_LIBM_LOOP(Acos, acos);
+  ORBA_LIBM_LOOP(Atan, atan);
+  ORBA_LOOP_2(s, float, Atan2, atan2f(p, q));
+  ORBA_LOOP_2(d, double, Atan2, atan2(p, q));
 }
 
 }  // namespace orba::bench::ORBA_CLASS_NAMESPACE

@@ -23,6 +23,9 @@ int zero_or_negative(const Lane& lane) { return lane.a[0] == 0 ? KAM_STATUS_SING
 int below_minus_one(const Lane& lane) {
   return lane.a[0] == -1 ? KAM_STATUS_SING : lane.a[0] < -1 ? KAM_STATUS_ERRDOM : KAM_STATUS_OK;
 }
+int beyond_one(const Lane& lane) {
+  return std::abs(lane.a[0]) > 1 ? KAM_STATUS_ERRDOM : KAM_STATUS_OK;
+}
 int complex_quotient(const Lane& lane) {
   const bool zero = lane.b[0] == 0 && lane.b[1] == 0;
   const bool report = lane.overflow && lane.finite_inputs() && !zero;
@@ -105,6 +108,10 @@ const Oracle kOracles[] = {
     {"Ln", false, ORBA_UNARY(mpfr_log), ORBA_WIDE(std::log(x)), zero_or_negative},
     {"Log10", false, ORBA_UNARY(mpfr_log10), ORBA_WIDE(std::log10(x)), zero_or_negative},
     {"Log1p", false, ORBA_UNARY(mpfr_log1p), ORBA_WIDE(std::log1p(x)), below_minus_one},
+    {"Asin", false, ORBA_UNARY(mpfr_asin), ORBA_WIDE(std::asin(x)), beyond_one},
+    {"Acos", false, ORBA_UNARY(mpfr_acos), ORBA_WIDE(std::acos(x)), beyond_one},
+    {"Atan", false, ORBA_UNARY(mpfr_atan), ORBA_WIDE(std::atan(x)), never},
+    {"Atan2", false, ORBA_BINARY(mpfr_atan2), nullptr, never},
     {"Add", true, ORBA_PARTS(mpfr_add), nullptr, finite_overflow_but_ep},
     {"Sub", true, ORBA_PARTS(mpfr_sub), nullptr, finite_overflow_but_ep},
     {"Mul", true, multiply, nullptr, finite_overflow},

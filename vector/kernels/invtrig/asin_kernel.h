@@ -139,20 +139,20 @@ struct ArcKernel {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-#define ORBA_ARC_HA_LA(Name, arc)                         \
-  ORBA_KERNEL_1i_1o(d, Name, HA, ArcKernel<arc, F64, kHa>) \
-  ORBA_SAME_KERNEL(vd##Name, 1i_1o, d, LA, HA)             \
-  ORBA_KERNEL_1i_1o(s, Name, HA, ArcKernel<arc, F32, kHa>) \
-  ORBA_SAME_KERNEL(vs##Name, 1i_1o, s, LA, HA)
+#define ORBA_ARC_HA_LA(Name, arc)                           \
+  ORBA_KERNEL(1i_1o, d, Name, HA, ArcKernel<arc, F64, kHa>) \
+  ORBA_SAME_KERNEL(1i_1o, d, Name, LA, HA)                  \
+  ORBA_KERNEL(1i_1o, s, Name, HA, ArcKernel<arc, F32, kHa>) \
+  ORBA_SAME_KERNEL(1i_1o, s, Name, LA, HA)
 #if ORBA_CLASS >= 2
-#  define ORBA_ARC_EP_DOUBLE(Name, arc) ORBA_KERNEL_1i_1o(d, Name, EP, ArcKernel<arc, F64, kEp>)
+#  define ORBA_ARC_EP_DOUBLE(Name, arc) ORBA_KERNEL(1i_1o, d, Name, EP, ArcKernel<arc, F64, kEp>)
 #else
-#  define ORBA_ARC_EP_DOUBLE(Name, arc) ORBA_SAME_KERNEL(vd##Name, 1i_1o, d, EP, HA)
+#  define ORBA_ARC_EP_DOUBLE(Name, arc) ORBA_SAME_KERNEL(1i_1o, d, Name, EP, HA)
 #endif
 #if ORBA_CLASS >= 3
-#  define ORBA_ARC_EP_SINGLE(Name, arc) ORBA_KERNEL_1i_1o(s, Name, EP, ArcKernel<arc, F32, kEp>)
+#  define ORBA_ARC_EP_SINGLE(Name, arc) ORBA_KERNEL(1i_1o, s, Name, EP, ArcKernel<arc, F32, kEp>)
 #else
-#  define ORBA_ARC_EP_SINGLE(Name, arc) ORBA_SAME_KERNEL(vs##Name, 1i_1o, s, EP, HA)
+#  define ORBA_ARC_EP_SINGLE(Name, arc) ORBA_SAME_KERNEL(1i_1o, s, Name, EP, HA)
 #endif
 #define ORBA_ARC_KERNELS(Name, arc) \
   ORBA_ARC_HA_LA(Name, arc)         \

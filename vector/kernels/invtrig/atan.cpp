@@ -66,19 +66,19 @@ struct Atan {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_KERNEL_1i_1o(d, Atan, HA, Atan<F64, kHa>)
-ORBA_KERNEL_1i_1o(s, Atan, HA, Atan<F32, kHa>)
+ORBA_KERNEL(1i_1o, d, Atan, HA, Atan<F64, kHa>)
+ORBA_KERNEL(1i_1o, s, Atan, HA, Atan<F32, kHa>)
 #if ORBA_CLASS >= 3
-ORBA_KERNEL_1i_1o(d, Atan, LA, Atan<F64, kLa>)
-ORBA_KERNEL_1i_1o(s, Atan, LA, Atan<F32, kLa>)
-ORBA_KERNEL_1i_1o(s, Atan, EP, Atan<F32, kEp>)
+ORBA_KERNEL(1i_1o, d, Atan, LA, Atan<F64, kLa>)
+ORBA_KERNEL(1i_1o, s, Atan, LA, Atan<F32, kLa>)
+ORBA_KERNEL(1i_1o, s, Atan, EP, Atan<F32, kEp>)
 #else
-ORBA_SAME_KERNEL(vdAtan, 1i_1o, d, LA, HA)
-ORBA_SAME_KERNEL(vsAtan, 1i_1o, s, LA, HA)
-ORBA_SAME_KERNEL(vsAtan, 1i_1o, s, EP, HA)
+ORBA_SAME_KERNEL(1i_1o, d, Atan, LA, HA)
+ORBA_SAME_KERNEL(1i_1o, s, Atan, LA, HA)
+ORBA_SAME_KERNEL(1i_1o, s, Atan, EP, HA)
 #endif
 #if ORBA_CLASS >= 2
-ORBA_KERNEL_1i_1o(d, Atan, EP, Atan<F64, kEp>)
+ORBA_KERNEL(1i_1o, d, Atan, EP, Atan<F64, kEp>)
 #else
-ORBA_SAME_KERNEL(vdAtan, 1i_1o, d, EP, HA)
+ORBA_SAME_KERNEL(1i_1o, d, Atan, EP, HA)
 #endif

@@ -45,23 +45,23 @@ ORBA_INLINE M32 denormal(F32 q) { return outside(as_bits(q), 0x00800000, 0); }
 
 template <class C, int n>
 ORBA_INLINE F64 quotient_arctangent(F64 y, const Folded<F64>& f, const C (&series)[n]) {
-  return with_sign_of(y, short_arctangent((f.n ^ f.sign) / f.d,
-                                          f.base(kHalfPiRounded, kPiRounded), series));
+  return with_sign_of(
+      y, short_arctangent((f.n ^ f.sign) / f.d, f.base(kHalfPiRounded, kPiRounded), series));
 }
 template <Accuracy accuracy, class V>
 ORBA_INLINE V full_arctangent(V y, const Folded<V>& f) {
   using D = Data<V>;
-  const Quadrant<V> quadrant = {
-      {f.base(D::half_pi.hi, D::pi.hi), f.base(D::half_pi.lo, D::pi.lo)}, f.sign};
+  const Quadrant<V> quadrant = {{f.base(D::half_pi.hi, D::pi.hi), f.base(D::half_pi.lo, D::pi.lo)},
+                                f.sign};
   return with_sign_of(y, arctangent<accuracy, true>(f.n, f.d, quadrant));
 }
 
-ORBA_COLD int32_t atan2_callout(const double* py, const double* px, double* r) {
+ORBA_COLD void atan2_callout(const double* py, const double* px, double* r) {
   constexpr double infinity = __builtin_inf();
   const double y = *py, x = *px;
   if (y != y || x != x) {
     *r = y + x;
-    return kOk;
+    return;
   }
   // Infinities and the origin as points of the same angle.
   double ay = __builtin_fabs(y), ax = __builtin_fabs(x);
@@ -75,23 +75,21 @@ ORBA_COLD int32_t atan2_callout(const double* py, const double* px, double* r) {
   // The ratio itself, rounded once, where the arctangent is no different.
   if (const double ratio = ay / ax; ratio < pow2(-60) && !__builtin_signbit(x)) {
     *r = __builtin_copysign(ratio, y);
-    return kOk;
+    return;
   }
   const double larger = ay > ax ? ay : ax;
   const double scale = larger > pow2(500) ? pow2(-500) : larger < pow2(-500) ? pow2(500) : 1;
   const F64 scaled_y = __builtin_copysign(ay * scale, y);
   const F64 scaled_x = __builtin_copysign(ax * scale, x);
   *r = first_lane(full_arctangent<kHa>(scaled_y, folded(scaled_y, scaled_x)));
-  return kOk;
 }
 
 // Every quotient of floats, and its arctangent, is a normal double or zero.
-ORBA_COLD int32_t atan2_callout(const float* y, const float* x, float* r) {
+ORBA_COLD void atan2_callout(const float* y, const float* x, float* r) {
   const double wide_y = *y, wide_x = *x;
   double result;
-  const int32_t status = atan2_callout(&wide_y, &wide_x, &result);
+  atan2_callout(&wide_y, &wide_x, &result);
   *r = static_cast<float>(result);
-  return status;
 }
 
 template <class V, Accuracy accuracy>
@@ -118,13 +116,12 @@ struct Atan2 {
       } else {
         const F32 q = f.n * approx_recip(f.d);
         flag = flag | special(f) | denormal(q);
-        return with_sign_of(y, short_arctangent(q ^ f.sign,
-                                                f.base(kHalfPiRoundedF, kPiRoundedF)));
+        return with_sign_of(y, short_arctangent(q ^ f.sign, f.base(kHalfPiRoundedF, kPiRoundedF)));
       }
     }
   }
 
-  static int32_t callout(const In* y, const In* x, In* r) { return atan2_callout(y, x, r); }
+  static void callout(const In* y, const In* x, In* r) { atan2_callout(y, x, r); }
 
  private:
   ORBA_INLINE static F64 in_double(F64 y, F64 x) {
@@ -135,19 +132,19 @@ struct Atan2 {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_KERNEL_2i_1o(d, Atan2, HA, Atan2<F64, kHa>)
-ORBA_KERNEL_2i_1o(s, Atan2, HA, Atan2<F32, kHa>)
+ORBA_KERNEL(2i_1o, d, Atan2, HA, Atan2<F64, kHa>)
+ORBA_KERNEL(2i_1o, s, Atan2, HA, Atan2<F32, kHa>)
 #if ORBA_CLASS >= 3
-ORBA_KERNEL_2i_1o(d, Atan2, LA, Atan2<F64, kLa>)
-ORBA_KERNEL_2i_1o(s, Atan2, LA, Atan2<F32, kLa>)
-ORBA_KERNEL_2i_1o(s, Atan2, EP, Atan2<F32, kEp>)
+ORBA_KERNEL(2i_1o, d, Atan2, LA, Atan2<F64, kLa>)
+ORBA_KERNEL(2i_1o, s, Atan2, LA, Atan2<F32, kLa>)
+ORBA_KERNEL(2i_1o, s, Atan2, EP, Atan2<F32, kEp>)
 #else
-ORBA_SAME_KERNEL(vdAtan2, 2i_1o, d, LA, HA)
-ORBA_SAME_KERNEL(vsAtan2, 2i_1o, s, LA, HA)
-ORBA_SAME_KERNEL(vsAtan2, 2i_1o, s, EP, HA)
+ORBA_SAME_KERNEL(2i_1o, d, Atan2, LA, HA)
+ORBA_SAME_KERNEL(2i_1o, s, Atan2, LA, HA)
+ORBA_SAME_KERNEL(2i_1o, s, Atan2, EP, HA)
 #endif
 #if ORBA_CLASS >= 2
-ORBA_KERNEL_2i_1o(d, Atan2, EP, Atan2<F64, kEp>)
+ORBA_KERNEL(2i_1o, d, Atan2, EP, Atan2<F64, kEp>)
 #else
-ORBA_SAME_KERNEL(vdAtan2, 2i_1o, d, EP, HA)
+ORBA_SAME_KERNEL(2i_1o, d, Atan2, EP, HA)
 #endif
