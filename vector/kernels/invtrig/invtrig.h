@@ -1,35 +1,15 @@
 // What the inverse trigonometric functions share.
 #pragma once
 
+#include "vector/kernels/contract/accuracy.h"
 #include "vector/kernels/contract/kernel.h"
 #include "vector/kernels/contract/scalar.h"
 #include "vector/kernels/invtrig/invtrig_coefficients.h"
 #include "vector/kernels/simd/pair_arithmetic.h"
+#include "vector/kernels/simd/polynomial.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
-
-enum Accuracy { kEp, kLa, kHa };
-
-template <class V, class C, int n>
-ORBA_INLINE V horner(V x, const C (&c)[n]) {
-  V sum = c[n - 1];
-  ORBA_UNROLL
-  for (int i = n - 2; i >= 0; --i) sum = mul_add(sum, x, V(c[i]));
-  return sum;
-}
-
-template <int first, class V, class C, int n>
-ORBA_INLINE V even_odd(V x, V z, const C (&c)[n]) {
-  constexpr int last = n - 1, last_even = last - (last - first) % 2,
-                last_odd = last - (last - first + 1) % 2;
-  V even(c[last_even]), odd(c[last_odd]);
-  ORBA_UNROLL
-  for (int i = last_even - 2; i >= first; i -= 2) even = mul_add(even, z, V(c[i]));
-  ORBA_UNROLL
-  for (int i = last_odd - 2; i >= first; i -= 2) odd = mul_add(odd, z, V(c[i]));
-  return mul_add(odd, x, even);
-}
 
 // With the lowest term last, whose addition rounds once where even_odd does twice.
 template <class V, class C, int n>
@@ -103,25 +83,6 @@ ORBA_INLINE typename V::Mask negative(V x) {
 }
 #endif
 
-// With the sign of x on a y that has none.
-#if ORBA_CLASS == 5
-ORBA_INLINE F64 with_sign_of(F64 x, F64 y) {
-  constexpr int or_of_and = 0xf8;  // a | (b & c)
-  return as_float(
-      I64(_mm512_ternarylogic_epi64(as_bits(y).v, as_bits(x).v, I64(INT64_MIN).v, or_of_and)));
-}
-ORBA_INLINE F32 with_sign_of(F32 x, F32 y) {
-  constexpr int or_of_and = 0xf8;
-  return as_float(
-      I32(_mm512_ternarylogic_epi32(as_bits(y).v, as_bits(x).v, I32(INT32_MIN).v, or_of_and)));
-}
-#else
-template <class V>
-ORBA_INLINE V with_sign_of(V x, V y) {
-  return as_float(as_bits(y) | as_bits(sign_of(x)));
-}
-#endif
-
 // 1/x for normal positive x, good enough to turn the residual of a quotient or root, which is about a
 // unit of the last place, into its rest. Without a hardware estimate of 1/x by the logarithm's being
 // nearly linear in the bits, off by 6 %, at HA with a Newton step, by 0.4 %.
@@ -156,8 +117,6 @@ ORBA_INLINE V add_up(V base, V lead, V p, V q, V small) {
   const Pair<V> sum = fast_two_sum(base, lead);
   return sum.hi + mul_add(p, q, sum.lo + small);
 }
-
-ORBA_INLINE double first_lane(F64 x) { return x.v[0]; }
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
