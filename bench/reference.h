@@ -18,6 +18,10 @@ __float128 sqrtq(__float128);
 __float128 sinq(__float128);
 __float128 cosq(__float128);
 __float128 tanq(__float128);
+__float128 asinq(__float128);
+__float128 acosq(__float128);
+__float128 atanq(__float128);
+__float128 atan2q(__float128, __float128);
 }
 
 namespace orba::bench {
@@ -36,6 +40,10 @@ inline Real log1p(Real x) { return log1pq(x); }
 inline Real sin(Real x) { return sinq(x); }
 inline Real cos(Real x) { return cosq(x); }
 inline Real tan(Real x) { return tanq(x); }
+inline Real asin(Real x) { return asinq(x); }
+inline Real acos(Real x) { return acosq(x); }
+inline Real atan(Real x) { return atanq(x); }
+inline Real atan2(Real y, Real x) { return atan2q(y, x); }
 
 inline Real widen(double x) { return x; }
 inline Complex widen(KamComplex8 x) { return {x.real, x.imag}; }

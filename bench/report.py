@@ -45,7 +45,8 @@ class Goal:
         return ratio > self.factor if self.strictly else ratio >= self.factor
 
 
-ELEMENTARY = "Exp Expm1 Ln Log10 Log1p Sin Cos SinCos Tan"
+ELEMENTARY = ("Exp Expm1 Ln Log10 Log1p Sin Cos SinCos Tan "
+              "Asin Acos Atan Atan2")
 GOALS = (
     Goal("Add Sub Mul Sqr Abs", ACCURACIES, "compiled loop", compiled_loop, round(1 / 1.1, 2)),
     Goal("InvSqrt", ("LA",), "compiled loop", compiled_loop, 2.0),

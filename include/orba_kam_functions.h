@@ -272,3 +272,46 @@ void vdTan(int32_t n, const double* a, double* y);
 void vmdTan(int32_t n, const double* a, double* y, uint32_t mode);
 void vdtan(const int32_t* n, const double* a, double* y);
 void vmdtan(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Arcsine, in [-pi/2, pi/2]. Domain -1 <= a <= 1, KAM_STATUS_ERRDOM outside; zeros keep their sign.
+ */
+void vsAsin(int32_t n, const float* a, float* y);
+void vmsAsin(int32_t n, const float* a, float* y, uint32_t mode);
+void vsasin(const int32_t* n, const float* a, float* y);
+void vmsasin(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdAsin(int32_t n, const double* a, double* y);
+void vmdAsin(int32_t n, const double* a, double* y, uint32_t mode);
+void vdasin(const int32_t* n, const double* a, double* y);
+void vmdasin(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Arccosine, in [0, pi]. Domain -1 <= a <= 1, KAM_STATUS_ERRDOM outside. */
+void vsAcos(int32_t n, const float* a, float* y);
+void vmsAcos(int32_t n, const float* a, float* y, uint32_t mode);
+void vsacos(const int32_t* n, const float* a, float* y);
+void vmsacos(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdAcos(int32_t n, const double* a, double* y);
+void vmdAcos(int32_t n, const double* a, double* y, uint32_t mode);
+void vdacos(const int32_t* n, const double* a, double* y);
+void vmdacos(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Arctangent, in [-pi/2, pi/2]; any argument. Zeros keep their sign. */
+void vsAtan(int32_t n, const float* a, float* y);
+void vmsAtan(int32_t n, const float* a, float* y, uint32_t mode);
+void vsatan(const int32_t* n, const float* a, float* y);
+void vmsatan(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdAtan(int32_t n, const double* a, double* y);
+void vmdAtan(int32_t n, const double* a, double* y, uint32_t mode);
+void vdatan(const int32_t* n, const double* a, double* y);
+void vmdatan(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Angle of the point (b, a), the arctangent of a/b in its quadrant, in [-pi, pi]; any arguments. Zeros
+ * and infinities as C99, annex F.9.1.4, has them: the sign of a zero tells the side of an axis. A
+ * denormal result is rounded once. */
+void vsAtan2(int32_t n, const float* a, const float* b, float* y);
+void vmsAtan2(int32_t n, const float* a, const float* b, float* y, uint32_t mode);
+void vsatan2(const int32_t* n, const float* a, const float* b, float* y);
+void vmsatan2(const int32_t* n, const float* a, const float* b, float* y, const uint32_t* mode);
+void vdAtan2(int32_t n, const double* a, const double* b, double* y);
+void vmdAtan2(int32_t n, const double* a, const double* b, double* y, uint32_t mode);
+void vdatan2(const int32_t* n, const double* a, const double* b, double* y);
+void vmdatan2(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);

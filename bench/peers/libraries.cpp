@@ -16,22 +16,22 @@
 #if ORBA_CLASS == 5
 #  define ORBA_VECTOR_d __m512d
 #  define ORBA_VECTOR_s __m512
-#  define ORBA_LIBMVEC_d(name) _ZGVeN8v_##name
-#  define ORBA_LIBMVEC_s(name) _ZGVeN16v_##name##f
+#  define ORBA_LIBMVEC_d(operands, name) _ZGVeN8##operands##_##name
+#  define ORBA_LIBMVEC_s(operands, name) _ZGVeN16##operands##_##name##f
 #  define ORBA_SLEEF_d(name, bound) Sleef_##name##d8_##bound##avx512f
 #  define ORBA_SLEEF_s(name, bound) Sleef_##name##f16_##bound##avx512f
 #elif ORBA_CLASS == 3
 #  define ORBA_VECTOR_d __m256d
 #  define ORBA_VECTOR_s __m256
-#  define ORBA_LIBMVEC_d(name) _ZGVdN4v_##name
-#  define ORBA_LIBMVEC_s(name) _ZGVdN8v_##name##f
+#  define ORBA_LIBMVEC_d(operands, name) _ZGVdN4##operands##_##name
+#  define ORBA_LIBMVEC_s(operands, name) _ZGVdN8##operands##_##name##f
 #  define ORBA_SLEEF_d(name, bound) Sleef_##name##d4_##bound##avx2
 #  define ORBA_SLEEF_s(name, bound) Sleef_##name##f8_##bound##avx2
 #else
 #  define ORBA_VECTOR_d __m128d
 #  define ORBA_VECTOR_s __m128
-#  define ORBA_LIBMVEC_d(name) _ZGVbN2v_##name
-#  define ORBA_LIBMVEC_s(name) _ZGVbN4v_##name##f
+#  define ORBA_LIBMVEC_d(operands, name) _ZGVbN2##operands##_##name
+#  define ORBA_LIBMVEC_s(operands, name) _ZGVbN4##operands##_##name##f
 #  if ORBA_CLASS == 2
 #    define ORBA_SLEEF_d(name, bound) Sleef_##name##d2_##bound##sse4
 #    define ORBA_SLEEF_s(name, bound) Sleef_##name##f4_##bound##sse4
@@ -42,9 +42,12 @@
 #endif
 
 #if ORBA_BENCH_LIBMVEC
-#  define ORBA_DECLARE_LIBMVEC(name)                              \
-    extern "C" ORBA_VECTOR_d ORBA_LIBMVEC_d(name)(ORBA_VECTOR_d); \
-    extern "C" ORBA_VECTOR_s ORBA_LIBMVEC_s(name)(ORBA_VECTOR_s);
+#  define ORBA_DECLARE_LIBMVEC(name)                                 \
+    extern "C" ORBA_VECTOR_d ORBA_LIBMVEC_d(v, name)(ORBA_VECTOR_d); \
+    extern "C" ORBA_VECTOR_s ORBA_LIBMVEC_s(v, name)(ORBA_VECTOR_s);
+#  define ORBA_DECLARE_LIBMVEC_2(name)                                               \
+    extern "C" ORBA_VECTOR_d ORBA_LIBMVEC_d(vv, name)(ORBA_VECTOR_d, ORBA_VECTOR_d); \
+    extern "C" ORBA_VECTOR_s ORBA_LIBMVEC_s(vv, name)(ORBA_VECTOR_s, ORBA_VECTOR_s);
 ORBA_DECLARE_LIBMVEC(exp)
 ORBA_DECLARE_LIBMVEC(expm1)
 ORBA_DECLARE_LIBMVEC(log)
@@ -53,31 +56,39 @@ ORBA_DECLARE_LIBMVEC(log1p)
 ORBA_DECLARE_LIBMVEC(sin)
 ORBA_DECLARE_LIBMVEC(cos)
 ORBA_DECLARE_LIBMVEC(tan)
+ORBA_DECLARE_LIBMVEC(asin)
+ORBA_DECLARE_LIBMVEC(acos)
+ORBA_DECLARE_LIBMVEC(atan)
+ORBA_DECLARE_LIBMVEC_2(atan2)
 #endif
 
 namespace orba::bench::ORBA_CLASS_NAMESPACE {
 namespace {
 
-// Applies `function` to whole vectors; the rest goes through one padded vector.
-template <class V, class T, class F>
-void apply(int32_t n, const T* a, T* y, F function) {
+// Applies `function` to whole vectors of the inputs; the rest goes through padded ones.
+template <class V, class T, class F, class... In>
+void apply(int32_t n, T* y, F function, const In*... in) {
   using Vector = typename V::Type;
   constexpr int32_t kWidth = sizeof(Vector) / sizeof(T);
+  const auto whole = [](const T* p) {
+    Vector v;
+    memcpy(&v, p, sizeof v);
+    return v;
+  };
   int32_t i = 0;
-  Vector v;
   for (; i + kWidth <= n; i += kWidth) {
-    memcpy(&v, a + i, sizeof v);
-    v = function(v);
+    const Vector v = function(whole(in + i)...);
     memcpy(y + i, &v, sizeof v);
   }
   if (i < n) {
-    T lanes[kWidth];
-    for (T& lane : lanes) lane = T{0.75};
-    memcpy(lanes, a + i, sizeof(T) * (n - i));
-    memcpy(&v, lanes, sizeof v);
-    v = function(v);
-    memcpy(lanes, &v, sizeof v);
-    memcpy(y + i, lanes, sizeof(T) * (n - i));
+    const auto padded = [&](const T* p) {
+      T lanes[kWidth];
+      for (T& lane : lanes) lane = T{0.75};
+      memcpy(lanes, p, sizeof(T) * (n - i));
+      return whole(lanes);
+    };
+    const Vector v = function(padded(in + i)...);
+    memcpy(y + i, &v, sizeof(T) * (n - i));
   }
 }
 
@@ -91,15 +102,26 @@ struct Vector_s {
 
 }  // namespace
 
-#define ORBA_VECTOR_PEER(t, E, Name, peer, call)                                   \
-  hand_over(                                                                       \
-      sink, "v" #t #Name, peer, +[](int32_t n, const E* a, E* y) {                 \
-        apply<Vector_##t>(                                                         \
-            n, a, y, [](Vector_##t::Type x) -> Vector_##t::Type { return call; }); \
+#define ORBA_VECTOR_PEER(t, E, Name, peer, call)                   \
+  hand_over(                                                       \
+      sink, "v" #t #Name, peer, +[](int32_t n, const E* a, E* y) { \
+        using Vector = Vector_##t::Type;                           \
+        apply<Vector_##t>(                                         \
+            n, y, [](Vector x) -> Vector { return call; }, a);     \
       })
-#define ORBA_LIBMVEC_PEER(Name, name)                                   \
-  ORBA_VECTOR_PEER(s, float, Name, "libmvec", ORBA_LIBMVEC_s(name)(x)); \
-  ORBA_VECTOR_PEER(d, double, Name, "libmvec", ORBA_LIBMVEC_d(name)(x))
+#define ORBA_VECTOR_PEER_2(t, E, Name, peer, call)                             \
+  hand_over(                                                                   \
+      sink, "v" #t #Name, peer, +[](int32_t n, const E* a, const E* b, E* y) { \
+        using Vector = Vector_##t::Type;                                       \
+        apply<Vector_##t>(                                                     \
+            n, y, [](Vector p, Vector q) -> Vector { return call; }, a, b);    \
+      })
+#define ORBA_LIBMVEC_PEER(Name, name)                                      \
+  ORBA_VECTOR_PEER(s, float, Name, "libmvec", ORBA_LIBMVEC_s(v, name)(x)); \
+  ORBA_VECTOR_PEER(d, double, Name, "libmvec", ORBA_LIBMVEC_d(v, name)(x))
+#define ORBA_LIBMVEC_PEER_2(Name, name)                                          \
+  ORBA_VECTOR_PEER_2(s, float, Name, "libmvec", ORBA_LIBMVEC_s(vv, name)(p, q)); \
+  ORBA_VECTOR_PEER_2(d, double, Name, "libmvec", ORBA_LIBMVEC_d(vv, name)(p, q))
 #define ORBA_SLEEF_PEER(Name, name, bound)                                         \
   ORBA_VECTOR_PEER(s, float, Name, "sleef_" #bound, ORBA_SLEEF_s(name, bound)(x)); \
   ORBA_VECTOR_PEER(d, double, Name, "sleef_" #bound, ORBA_SLEEF_d(name, bound)(x))
@@ -118,9 +140,17 @@ struct Vector_s {
 #define ORBA_SLEEF_TWO_PEER(Name, name, bound)                       \
   ORBA_SLEEF_TWO_(s, float, Name, bound, ORBA_SLEEF_s(name, bound)); \
   ORBA_SLEEF_TWO_(d, double, Name, bound, ORBA_SLEEF_d(name, bound))
+#define ORBA_SLEEF_PEER_2(Name, name, bound)                                            \
+  ORBA_VECTOR_PEER_2(s, float, Name, "sleef_" #bound, ORBA_SLEEF_s(name, bound)(p, q)); \
+  ORBA_VECTOR_PEER_2(d, double, Name, "sleef_" #bound, ORBA_SLEEF_d(name, bound)(p, q))
 #define ORBA_XSIMD_PEER(Name, name)                                               \
   ORBA_VECTOR_PEER(s, float, Name, "xsimd", xsimd::name(xsimd::batch<float>(x))); \
   ORBA_VECTOR_PEER(d, double, Name, "xsimd", xsimd::name(xsimd::batch<double>(x)))
+#define ORBA_XSIMD_PEER_2(Name, name)                                              \
+  ORBA_VECTOR_PEER_2(s, float, Name, "xsimd",                                      \
+                     xsimd::name(xsimd::batch<float>(p), xsimd::batch<float>(q))); \
+  ORBA_VECTOR_PEER_2(d, double, Name, "xsimd",                                     \
+                     xsimd::name(xsimd::batch<double>(p), xsimd::batch<double>(q)))
 
 extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink sink) {
 #if ORBA_BENCH_LIBMVEC
@@ -132,6 +162,10 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBMVEC_PEER(Sin, sin);
   ORBA_LIBMVEC_PEER(Cos, cos);
   ORBA_LIBMVEC_PEER(Tan, tan);
+  ORBA_LIBMVEC_PEER(Asin, asin);
+  ORBA_LIBMVEC_PEER(Acos, acos);
+  ORBA_LIBMVEC_PEER(Atan, atan);
+  ORBA_LIBMVEC_PEER_2(Atan2, atan2);
 #endif
 #if ORBA_BENCH_SLEEF
   ORBA_SLEEF_PEER(Sqrt, sqrt, u05);
@@ -150,6 +184,14 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_SLEEF_PEER(Tan, tan, u35);
   ORBA_SLEEF_TWO_PEER(SinCos, sincos, u10);
   ORBA_SLEEF_TWO_PEER(SinCos, sincos, u35);
+  ORBA_SLEEF_PEER(Asin, asin, u10);
+  ORBA_SLEEF_PEER(Asin, asin, u35);
+  ORBA_SLEEF_PEER(Acos, acos, u10);
+  ORBA_SLEEF_PEER(Acos, acos, u35);
+  ORBA_SLEEF_PEER(Atan, atan, u10);
+  ORBA_SLEEF_PEER(Atan, atan, u35);
+  ORBA_SLEEF_PEER_2(Atan2, atan2, u10);
+  ORBA_SLEEF_PEER_2(Atan2, atan2, u35);
 #endif
 #if ORBA_BENCH_XSIMD
   ORBA_XSIMD_PEER(Sqrt, sqrt);
@@ -161,6 +203,10 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_XSIMD_PEER(Sin, sin);
   ORBA_XSIMD_PEER(Cos, cos);
   ORBA_XSIMD_PEER(Tan, tan);
+  ORBA_XSIMD_PEER(Asin, asin);
+  ORBA_XSIMD_PEER(Acos, acos);
+  ORBA_XSIMD_PEER(Atan, atan);
+  ORBA_XSIMD_PEER_2(Atan2, atan2);
 #endif
 }
 

@@ -62,7 +62,7 @@ template <class Type, class Real = typename Type::Real>
 void expect_special(const Subject& subject, uint32_t accuracy, vector::KamKernel kernel,
                     const std::string& name, const Special<Real>& special, int n, int at) {
   const int parts = subject.parts();
-  std::vector<Real> a(n * parts, Real{1.25}), b(a), r(a);
+  std::vector<Real> a(n * parts, Real{0.75}), b(a), r(a);
   std::copy_n(special.a, parts, &a[at * parts]);
   std::copy_n(special.b, parts, &b[at * parts]);
   const WordsScope words(accuracy | KAM_ERRMODE_IGNORE);

@@ -25,6 +25,9 @@ int below_minus_one(const Lane& lane) {
 }
 int infinite(const Lane& lane) { return std::isinf(lane.a[0]) ? KAM_STATUS_ERRDOM : KAM_STATUS_OK; }
 bool not_finite(const Lane& lane) { return !std::isfinite(lane.a[0]); }
+int beyond_one(const Lane& lane) {
+  return std::abs(lane.a[0]) > 1 ? KAM_STATUS_ERRDOM : KAM_STATUS_OK;
+}
 int complex_quotient(const Lane& lane) {
   const bool zero = lane.b[0] == 0 && lane.b[1] == 0;
   const bool report = lane.overflow && lane.finite_inputs() && !zero;
@@ -113,6 +116,10 @@ const Oracle kOracles[] = {
      [](mpfr_t* r, mpfr_t* a, mpfr_t*) { mpfr_sin_cos(r[0], r[1], a[0], kNearest); }, nullptr,
      infinite, kByMode, not_finite, 2},
     {"Tan", false, ORBA_UNARY(mpfr_tan), ORBA_WIDE(std::tan(x)), infinite, kByMode, not_finite},
+    {"Asin", false, ORBA_UNARY(mpfr_asin), ORBA_WIDE(std::asin(x)), beyond_one},
+    {"Acos", false, ORBA_UNARY(mpfr_acos), ORBA_WIDE(std::acos(x)), beyond_one},
+    {"Atan", false, ORBA_UNARY(mpfr_atan), ORBA_WIDE(std::atan(x)), never},
+    {"Atan2", false, ORBA_BINARY(mpfr_atan2), nullptr, never},
     {"Add", true, ORBA_PARTS(mpfr_add), nullptr, finite_overflow_but_ep},
     {"Sub", true, ORBA_PARTS(mpfr_sub), nullptr, finite_overflow_but_ep},
     {"Mul", true, multiply, nullptr, finite_overflow},
