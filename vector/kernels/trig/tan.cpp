@@ -4,7 +4,7 @@
 //
 // class       0, 1      2         3, 5
 // double HA   pairs     pairs     pairs
-// double LA   as HA     as HA     pairs of less care
+// double LA   as HA     as HA     as HA
 // double EP   as HA     ratio     ratio
 // single HA   ratio, in double precision, on all classes
 // single LA   as HA     as HA     as HA
@@ -80,13 +80,11 @@ struct TanBase {
   static int32_t callout(const double* a, double* y) { return classify(*a, y); }
 };
 
-template <bool exact>
-struct TanPairs : TanBase<exact> {
-  static constexpr double bound = exact || !kFused ? 0x1.00000e4db24cp16 : 128000.0;
+struct TanPairs : TanBase<true> {
   ORBA_INLINE static F64 eval(F64 x, M64& flag) {
     const F64 a = abs(x);
-    flag = flag | not_le(a, F64(bound));
-    return tangent<exact>(x, reduce(a));
+    flag = flag | not_le(a, F64(0x1.00000e4db24cp16));
+    return tangent<true>(x, reduce(a));
   }
 };
 
@@ -143,14 +141,13 @@ struct TanSingleShort : TanSingle {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_KERNEL(1i_1o, d, Tan, HA, TanPairs<true>)
+ORBA_KERNEL(1i_1o, d, Tan, HA, TanPairs)
 ORBA_KERNEL(1i_1o, s, Tan, HA, TanSingle)
 ORBA_SAME_KERNEL(1i_1o, s, Tan, LA, HA)
+ORBA_SAME_KERNEL(1i_1o, d, Tan, LA, HA)
 #if ORBA_CLASS >= 3
-ORBA_KERNEL(1i_1o, d, Tan, LA, TanPairs<false>)
 ORBA_KERNEL(1i_1o, s, Tan, EP, TanSingleShort)
 #else
-ORBA_SAME_KERNEL(1i_1o, d, Tan, LA, HA)
 ORBA_SAME_KERNEL(1i_1o, s, Tan, EP, HA)
 #endif
 #if ORBA_CLASS >= 2
