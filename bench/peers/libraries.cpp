@@ -129,13 +129,14 @@ struct Vector_s {
 #define ORBA_SLEEF_TWO_(t, E, Name, bound, function)                                \
   hand_over(                                                                        \
       sink, "v" #t #Name, "sleef_" #bound, +[](int32_t n, const E* a, E* y, E* z) { \
-        apply<Vector_##t>(n, a, y, [&, i = 0](Vector_##t::Type x) mutable {         \
+        auto step = [&, i = 0](Vector_##t::Type x) mutable {                        \
           const auto both = function(x);                                            \
           constexpr int32_t kWidth = sizeof x / sizeof(E);                          \
           memcpy(z + i, &both.y, sizeof(E) * (n - i < kWidth ? n - i : kWidth));    \
           i += kWidth;                                                              \
           return both.x;                                                            \
-        });                                                                         \
+        };                                                                          \
+        apply<Vector_##t>(n, y, step, a);                                           \
       })
 #define ORBA_SLEEF_TWO_PEER(Name, name, bound)                       \
   ORBA_SLEEF_TWO_(s, float, Name, bound, ORBA_SLEEF_s(name, bound)); \
