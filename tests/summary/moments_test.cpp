@@ -142,7 +142,8 @@ TYPED_TEST(MomentsOf, AnySplitGivesTheResultOfOneBlock) {
 TYPED_TEST(MomentsOf, NoSumLeavesTheRange) {
   const size_t n = 40;
   constexpr uint64_t averages = kEverything & ~uint64_t{0x1FE000000};
-  const std::vector<Run> in_blocks = {{{n}, kEverything, 3}, {{1, 3, n / 3, n}, averages}};
+  const std::vector<Run> in_blocks = {
+      {{n}, kEverything, 3}, {{1, 3, n / 3, n}, averages}, {{1, n}, averages}};
   std::vector<Run> alone = {{{n}, kEverything, 1, true}};
   for (const Row& row : kRows) alone.push_back({{n}, row.estimate});
   for (const size_t p : {1, 3}) {
