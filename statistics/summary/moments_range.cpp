@@ -19,9 +19,8 @@ RangeCheck<Real>::RangeCheck(const EndedSweep<Real>& sweep) noexcept : sweep_(sw
   needs_degrees_ = (plan.needed & set_of(kCentralMoment2, kCovariance, kCorrelation)) != 0;
   // n terms lose at most half of the least denormal number each.
   least_ = static_cast<Real>(plan.n) * std::numeric_limits<Real>::min();
-  // The terms of central moments made of raw ones have coefficients that add up to less than 16.
-  most_ = std::numeric_limits<Real>::max();
-  if (plan.method == MomentsMethod::kFast) most_ /= 16;
+  // Differences of raw moments make central ones of kFast, the third through 9/8 of its greatest term.
+  most_ = std::numeric_limits<Real>::max() / 2;
 }
 
 template <class Real>
@@ -71,20 +70,19 @@ bool RangeCheck<Real>::vectors(int64_t first, int64_t last) const noexcept {
     good &= !squares_lost(x + first, factor, last - first, 1);
   };
   // Sums of cubes may be small because they cancel; of their size those of squares tell.
-  const auto cubes = [&](const Real* x, Real factor) {
+  const auto cubes = [&](const Real* x) {
     for (int64_t j = first; j < last; ++j) {
-      const Real square = x[j] * factor / w, one = square * std::sqrt(square), sum = one * w;
+      const Real one = x[j] * std::sqrt(x[j]), sum = one * w;
       good &= (sum >= least) & (sum <= most) & (one <= most);
     }
   };
   if (needs_mean_) finite(part.mean);
   if (orders.raw >= 2) squares(part.raw[0], w);
   if (orders.raw >= 3) finite(part.raw[1]);
-  if (orders.raw == 3) cubes(part.raw[0], w);
+  if (orders.raw == 3) cubes(part.raw[0]);
   if (orders.raw >= 4) squares(part.raw[2], w);
   if (orders.central >= 2) squares(part.central[0], 1);
   if (orders.central >= 3) finite(part.central[1]);
-  if (orders.central == 3) cubes(part.central[0], 1);
   if (orders.central >= 4) squares(part.central[2], 1);
   // A mean by itself has no squares to tell that w x was denormal.
   if (sweep_.task.weights != nullptr && orders.raw == 1 && orders.central == 1 && !orders.product) {

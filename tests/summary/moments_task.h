@@ -311,9 +311,11 @@ Data<Real> make_data(Shape shape, size_t p, size_t n) {
       if (shape == Shape::kShifted) x += j % 2 == 0 ? far : -far;
       if (shape == Shape::kFlat) x = 0.1 * static_cast<double>(j + 1);
       if (shape == Shape::kScaled) x *= j % 2 == 0 ? scale : 1 / scale;
-      if (shape == Shape::kLarge) x *= std::pow(largest, 0.25) / 16;
-      if (shape == Shape::kSmall) x *= std::pow(least, 0.25) * 16;
-      if (shape == Shape::kTall) x = std::cbrt(largest) * (0.8 + 0.1 * std::tanh(x));
+      if (shape == Shape::kLarge) x = std::tanh(x) * 0.9 * std::pow(largest, 0.25);
+      if (shape == Shape::kSmall) x *= std::pow(least, 0.25);
+      if (shape == Shape::kTall)
+        x = std::cbrt(1.3) * std::cbrt(largest) *
+            (i % 4 == 0 ? 0.01 : 1 - 0.001 * std::abs(std::tanh(x)));
       if (shape == Shape::kFine) x *= std::pow(least, 0.4);
       if (shape == Shape::kHuge) x = std::tanh(x) * 0.9 * largest;
       if (shape == Shape::kTiny) x *= 1000 * least;

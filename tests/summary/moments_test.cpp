@@ -141,11 +141,14 @@ TYPED_TEST(MomentsOf, AnySplitGivesTheResultOfOneBlock) {
 // block as long as all that a call goes on from is in the range.
 TYPED_TEST(MomentsOf, NoSumLeavesTheRange) {
   const size_t n = 40;
-  const std::vector<Run> in_blocks = {{{n}, kEverything, 3}, {{1, 3, n / 3, n}}};
+  constexpr uint64_t averages = kEverything & ~uint64_t{0x1FE000000};
+  const std::vector<Run> in_blocks = {
+      {{n}, kEverything, 3}, {{1, 3, n / 3, n}, averages}, {{1, n}, averages}};
   std::vector<Run> alone = {{{n}, kEverything, 1, true}};
   for (const Row& row : kRows) alone.push_back({{n}, row.estimate});
   for (const size_t p : {1, 3}) {
-    for (const WeightShape weights : {WeightShape::kNone, WeightShape::kZeros}) {
+    for (const WeightShape weights :
+         {WeightShape::kNone, WeightShape::kEqual, WeightShape::kZeros}) {
       check<TypeParam>(Shape::kLarge, weights, p, n, in_blocks);
       check<TypeParam>(Shape::kSmall, weights, p, n, in_blocks);
     }
@@ -286,13 +289,12 @@ TEST(Moments, UserMeansOfAnotherTypeAndDimension) {
 
 TYPED_TEST(MomentsOf, Conversions) {
   using Real = TypeParam;
-  const size_t p = 4, n = 90;
+  const size_t p = 4, n = 50;
   uint64_t sums = 0;
   for (const Row& row : kRows) sums |= row.conversion == kNever ? row.estimate : 0;
   const uint64_t converted = kEverything & ~sums;
-  for (const WeightShape shape : {WeightShape::kNone, WeightShape::kZeros, WeightShape::kEqual}) {
-    const Data<Real> data =
-        make_data<Real>(shape == WeightShape::kEqual ? Shape::kLarge : Shape::kRandom, p, n);
+  for (const WeightShape shape : {WeightShape::kNone, WeightShape::kZeros, WeightShape::kHeavy}) {
+    const Data<Real> data = make_data<Real>(Shape::kRandom, p, n);
     const std::vector<Real> weights = make_weights<Real>(shape, n);
     const MomentsReference reference(data, weights, {}, false);
     MomentsTask<Real> task(p, true, shape == WeightShape::kNone ? 0 : 1);
