@@ -190,8 +190,9 @@ ORBA_INLINE Reduced reduce_huge(F64 a) {
   const Pair<F64> head = fast_two_sum(d3, d2);
   const Pair<F64> sum = fast_two_sum(head.hi, head.lo + d1);
   const Pair<F64> radians = two_product(sum.hi, F64(kTurn1));
-  return {shr<62>(turns), radians.hi,
-          radians.lo + mul_add(sum.hi, F64(kTurn2), (sum.lo + d0) * F64(kTurn1))};
+  const Pair<F64> r = fast_two_sum(
+      radians.hi, radians.lo + mul_add(sum.hi, F64(kTurn2), (sum.lo + d0) * F64(kTurn1)));
+  return {shr<62>(turns), r.hi, r.lo};
 }
 
 }  // namespace
