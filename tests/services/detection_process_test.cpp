@@ -5,13 +5,11 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "services/detect/detect.h"
 #include "services/detect/detection.h"
+#include "tests/support/observe.h"
 #include "tests/support/process.h"
 
 namespace orba::services {
@@ -31,22 +29,13 @@ std::string text_of(const Words& words) {
 
 // In the child: many threads race for the first query, each in another order.
 void report_as_child() {
-  constexpr int kThreads = 4;
-  std::array<Words, kThreads> results{};
-  std::atomic<int> waiting{kThreads};  // a spinning barrier: a sleeping one lets them go one by one
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&, i] {
-      waiting.fetch_sub(1);
-      while (waiting.load() > 0) {
-      }
-      if (i == 1) cpu_level();
-      if (i == 2) rau_cpu_type();
-      if (i == 3) reproducibility(-1);
-      results[static_cast<size_t>(i)] = words_now();
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  std::array<Words, 4> results{};
+  test::on_threads(4, [&](int i) {
+    if (i == 1) cpu_level();
+    if (i == 2) rau_cpu_type();
+    if (i == 3) reproducibility(-1);
+    results[static_cast<size_t>(i)] = words_now();
+  });
   setenv("ORBA_ENABLE_INSTRUCTIONS", "SSE4_2", 1);  // too late to matter
   setenv("ORBA_CBWR", "SSE2", 1);
   setenv("ORBA_FORCE_KERNELCLASS", "0", 1);

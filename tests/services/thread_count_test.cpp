@@ -7,12 +7,10 @@
 #include <string.h>
 
 #include <array>
-#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "services/environment.h"
@@ -118,70 +116,61 @@ TEST(ThreadSettings, DomainList) {
 
 // The variables of MPI launchers, each before the next.
 TEST(ThreadSettings, ProcessesPerNode) {
-  const auto processes = [](const Variables& variables) {
-    return read_from(variables).processes_per_node;
-  };
-  Variables variables = {{"MPI_LOCALNRANKS", "8"}};
-  EXPECT_EQ(processes(variables), 8);
-  variables["OMPI_COMM_WORLD_LOCAL_SIZE"] = "7";
-  EXPECT_EQ(processes(variables), 7);
-  variables["TSL_MPI_PIN_MAPPING"] = "6";  // the number before a colon
-  EXPECT_EQ(processes(variables), 7);
-  variables["TSL_MPI_PIN_MAPPING"] = "6:0 0,1 1";
-  EXPECT_EQ(processes(variables), 6);
-  variables["TSL_MPI_NUMBER_OF_MPI_PROCESSES_PER_NODE"] = "3:";
-  EXPECT_EQ(processes(variables), 6);
-  variables["TSL_MPI_NUMBER_OF_MPI_PROCESSES_PER_NODE"] = "3";
-  EXPECT_EQ(processes(variables), 3);
-  variables["ORBA_MPI_PPN"] = "four";
-  EXPECT_EQ(processes(variables), 3);
-  variables["ORBA_MPI_PPN"] = "4";
-  EXPECT_EQ(processes(variables), 4);
+  Variables variables;
+  const struct {
+    const char *name, *value;
+    int32_t processes;
+  } added[] = {{"MPI_LOCALNRANKS", "8", 8},
+               {"OMPI_COMM_WORLD_LOCAL_SIZE", "7", 7},
+               {"TSL_MPI_PIN_MAPPING", "6", 7},  // the number before a colon
+               {"TSL_MPI_PIN_MAPPING", "6:0 0,1 1", 6},
+               {"TSL_MPI_NUMBER_OF_MPI_PROCESSES_PER_NODE", "3:", 6},
+               {"TSL_MPI_NUMBER_OF_MPI_PROCESSES_PER_NODE", "3", 3},
+               {"ORBA_MPI_PPN", "four", 3},
+               {"ORBA_MPI_PPN", "4", 4}};
+  for (const auto& [name, value, processes] : added) {
+    variables[name] = value;
+    EXPECT_EQ(read_from(variables).processes_per_node, processes) << name << '=' << value;
+  }
 }
 
 // ---- counts ----
-
-int32_t count(Domain domain, int32_t cores, const Variables& variables, bool in_parallel = false) {
-  static bool now_in_parallel;
-  now_in_parallel = in_parallel;
-  const OpenMpQueries openmp = {[] { return now_in_parallel; }, [] { return 12; }};
-  return count_threads(domain, read_from(variables), cores, openmp);
-}
 
 TEST(ThreadPolicy, Count) {
   using enum Domain;
   const Variables kam3 = {{"ORBA_NUM_THREADS", "2"},
                           {"ORBA_DOMAIN_NUM_THREADS", "ORBA_DOMAIN_KAM=3"}};
-  EXPECT_EQ(count(kam, 8, kam3), 3);
-  EXPECT_EQ(count(blas, 8, kam3), 2);
-  EXPECT_EQ(count(all, 8, kam3), 2);
-  EXPECT_EQ(count(kam, 2, kam3), 2);  // no more than cores
-  EXPECT_EQ(count(kam, 8, kam3, true), 1);
-  EXPECT_EQ(count(kam, 16, {}), 12);  // the runtime's
-  EXPECT_EQ(count(kam, 8, {}), 8);
-
-  // Taken as they stand.
   const Variables fixed = {{"ORBA_DYNAMIC", "false"}, {"ORBA_NUM_THREADS", "16"}};
-  EXPECT_EQ(count(kam, 8, fixed), 16);
-  EXPECT_EQ(count(kam, 8, fixed, true), 16);
-  EXPECT_EQ(count(kam, 8, {{"ORBA_DYNAMIC", "false"}}), 12);
-}
-
-TEST(ThreadPolicy, CountInMpiJob) {
-  const auto shared = [](Variables more, int32_t cores = 16) {
-    more.emplace("ORBA_MPI_PPN", "4");
-    return count(Domain::kam, cores, more);
+  const auto mpi = [](const char* name, const char* value) {
+    return Variables{{"ORBA_MPI_PPN", "4"}, {name, value}};
   };
-  EXPECT_EQ(shared({{"TSL_MPI_THREAD_LEVEL", "1"}}), 4);
-  EXPECT_EQ(shared({{"TSL_MPI_THREAD_LEVEL", "3"}}, 64),
-            12);  // the runtime's stays the limit
-  EXPECT_EQ(shared({{"TSL_MPI_THREAD_LEVEL", "3"}}, 7), 1);
-  EXPECT_EQ(shared({{"TSL_MPI_THREAD_LEVEL", "0"}}), 1);
-  EXPECT_EQ(shared({}), 1);
-  // Who asks for threads gets them.
-  EXPECT_EQ(shared({{"OMP_NUM_THREADS", "3"}}), 12);
-  EXPECT_EQ(shared({{"ORBA_NUM_THREADS", "6"}}), 6);
-  EXPECT_EQ(shared({{"ORBA_DYNAMIC", "FALSE"}}), 12);
+  const struct {
+    int32_t expected;
+    Domain domain;
+    int32_t cores;
+    Variables variables;
+    bool in_parallel = false;
+  } cases[] = {// clang-format off
+      {3, kam, 8, kam3}, {2, blas, 8, kam3}, {2, all, 8, kam3},
+      {2, kam, 2, kam3},  // no more than cores
+      {1, kam, 8, kam3, true}, {12, kam, 16, {}}, {8, kam, 8, {}},
+      {16, kam, 8, fixed}, {16, kam, 8, fixed, true}, {12, kam, 8, {{"ORBA_DYNAMIC", "false"}}},
+      // MPI processes share the cores, when the program may have threads.
+      {4, kam, 16, mpi("TSL_MPI_THREAD_LEVEL", "1")},
+      {12, kam, 64, mpi("TSL_MPI_THREAD_LEVEL", "3")},
+      {1, kam, 7, mpi("TSL_MPI_THREAD_LEVEL", "3")}, {1, kam, 16, mpi("TSL_MPI_THREAD_LEVEL", "0")},
+      {1, kam, 16, {{"ORBA_MPI_PPN", "4"}}},
+      // Who asks for threads gets them.
+      {12, kam, 16, mpi("OMP_NUM_THREADS", "3")}, {6, kam, 16, mpi("ORBA_NUM_THREADS", "6")},
+      {12, kam, 16, mpi("ORBA_DYNAMIC", "FALSE")}};
+  // clang-format on
+  static bool in_parallel;
+  const OpenMpQueries openmp = {[] { return in_parallel; }, [] { return 12; }};
+  for (const auto& c : cases) {
+    in_parallel = c.in_parallel;
+    EXPECT_EQ(count_threads(c.domain, read_from(c.variables), c.cores, openmp), c.expected)
+        << &c - cases;
+  }
 }
 
 TEST(ThreadPolicy, Balance) {
@@ -280,23 +269,14 @@ TEST(ThreadCount, Words) {
     return;
   }
   // All at once for the first query.
-  constexpr int kThreads = 8;
-  std::atomic<int> waiting{kThreads};
-  std::atomic<int> agreeing{0};
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&] {
-      waiting.fetch_sub(1);
-      while (waiting.load() > 0) {
-      }
-      errno = 33;
-      const bool first = thread_count(Domain::kam) == 3 && errno == 33;
-      agreeing +=
-          first && thread_count(Domain::fft) == 5 && !dynamic_threads() && stripe_count() == 7;
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(agreeing, kThreads);
+  test::on_threads(8, [](int) {
+    errno = 33;
+    EXPECT_EQ(thread_count(Domain::kam), 3);
+    EXPECT_EQ(errno, 33);
+    EXPECT_EQ(thread_count(Domain::fft), 5);
+    EXPECT_FALSE(dynamic_threads());
+    EXPECT_EQ(stripe_count(), 7);
+  });
 
   setenv("ORBA_NUM_THREADS", "9", 1);  // too late to matter
   EXPECT_EQ(thread_count(Domain::all), 5);
