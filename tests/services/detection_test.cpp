@@ -325,6 +325,7 @@ TEST(Detection, branch_against_request) {
     return decide_cpu_type(branch, {.code = code}, features_of(with(processor)), report).cpu_type;
   };
   EXPECT_EQ(type(10, 3, kFp16), 9);
+  EXPECT_EQ(type(12, 5, kAvx512), 9);
   EXPECT_EQ(type(8, 3, kFp16), 5);
   EXPECT_EQ(type(14, 9, kAvx2), 9);                       // 9 is not below the folded target
   EXPECT_EQ(detect(with(kFp16), "COMPATIBLE").level, 0);  // level 1 is kept as 0

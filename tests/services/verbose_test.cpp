@@ -48,9 +48,6 @@ std::vector<std::string> trace_lines(std::istream&& text) {
 std::vector<std::string> trace_lines(const std::string& text) {
   return trace_lines(std::istringstream(text));
 }
-std::vector<std::string> lines_of_file(const std::filesystem::path& path) {
-  return trace_lines(std::ifstream(path));
-}
 
 // By the POSIX extended syntax.
 bool matches(const std::string& line, const char* pattern) {
@@ -96,7 +93,7 @@ std::string trace_of(double seconds, const TraceState& state) {
   return text;
 }
 
-TEST(Verbose, Traces) {
+TEST(Verbose, Texts) {
   // clang-format off
   const std::pair<double, const char*> times[] = {
       {-0.0, "0.00s"}, {-3.0, "0.00s"}, {1.0, "1000.00ms"}, {1.25, "1.25s"},
@@ -127,9 +124,8 @@ TEST(Verbose, Traces) {
                                             name + " tessel_thread"))
         << text;
   }
-}
 
-TEST(Verbose, OverlongTextsAreCut) {
+  // Overlong texts are cut.
   struct {
     TraceText text;
     char guard[8] = "guard";
@@ -139,7 +135,6 @@ TEST(Verbose, OverlongTextsAreCut) {
   format_header(room.text, 1, std::string(1000, 'p').c_str(), 2.6);
   EXPECT_EQ(strlen(room.text), sizeof(TraceText) - 1);
   EXPECT_STREQ(room.guard, "guard");
-
   const std::string printed = stdout_of([] { emit(std::string(1000, 'x').c_str()); });
   EXPECT_TRUE(is_line_of(trace_lines(printed).back(), std::string(255, 'x'))) << printed;
 }
@@ -188,14 +183,12 @@ TEST(Verbose, LevelOfTheProcess) {
     printf("\nlevel %d\n", level);
     return;
   }
-  for (const auto& [setting, level] : {std::pair{std::string(), 0},
-                                       {"ORBA_VERBOSE=2", 2},
-                                       {"ORBA_VERBOSE=8e9", 0},
-                                       {"ORBA_VERBOSE=" + std::string(126, '0') + '1', 1},
-                                       {"ORBA_VERBOSE=" + std::string(127, '0') + '1', 0}}) {
-    const Outcome child = run_test_process(setting);
+  for (const auto& [value, level] : {std::pair{std::string("2"), 2},
+                                     {"8e9", 0},
+                                     {std::string(126, '0') + '1', 1},
+                                     {std::string(127, '0') + '1', 0}}) {
+    const Outcome child = run_test_process("ORBA_VERBOSE=" + value);
     EXPECT_NE(child.output.find("level " + std::to_string(level)), std::string::npos)
-        << setting << '\n'
         << child.output;
     EXPECT_EQ(child.exit_code, 0);
   }
@@ -240,7 +233,8 @@ TEST(Verbose, OutputFile) {
     EXPECT_EQ(child.exit_code, 0);
     std::vector<std::string> printed = trace_lines(child.output);
     EXPECT_EQ(std::erase(printed, std::string("ORBA_VERBOSE WARNING: ") + c.warning), c.warnings);
-    expect_trace(c.to_file ? lines_of_file(c.name) : printed, {"first(1)", "second(2)"});
+    expect_trace(c.to_file ? trace_lines(std::ifstream(c.name)) : printed,
+                 {"first(1)", "second(2)"});
     EXPECT_EQ(printed.empty(), c.to_file);
   }
 }
@@ -262,7 +256,7 @@ TEST(Verbose, OutputFileComesAndGoes) {
   std::ofstream(file) << "ORBA_VERBOSE of an earlier process\n";
   const Outcome child = run_test_process("ORBA_TEST_FOLDER=" + directory.path.string() +
                                          " ORBA_VERBOSE_OUTPUT_FILE=" + file.string());
-  std::vector<std::string> written = lines_of_file(file);
+  std::vector<std::string> written = trace_lines(std::ifstream(file));
   EXPECT_EQ(written[0], "ORBA_VERBOSE of an earlier process");
   written.erase(written.begin());
   expect_trace(written, {"one()", "three()"});
@@ -317,7 +311,7 @@ TEST(Verbose, ThreadsWriteWholeLinesAndOneHeader) {
     EXPECT_EQ(
         trace_lines(run_test_process("ORBA_VERBOSE_OUTPUT_FILE=" + file.string()).output).size(),
         0u);
-    expect_all_calls(lines_of_file(file));
+    expect_all_calls(trace_lines(std::ifstream(file)));
   }
 }
 
