@@ -64,10 +64,7 @@ TEST(DetectionProcess, EnvironmentSelectsClass) {
     return Words{type, kam, type, std::min(kam, 4), level, word & 0xFFFF, word};
   };
   const auto forced = [&](int number, int rau) {
-    Words words = at_level(native, 1);
-    words[1] = words[2] = number;
-    words[3] = rau;
-    return words;
+    return Words{at_level(native, 1)[0], number, number, rau, native, 1, 1};
   };
   constexpr int kStrict = 0x10000;
   const std::string request = "ORBA_ENABLE_INSTRUCTIONS=", branch = "ORBA_CBWR=",

@@ -205,11 +205,10 @@ TEST(Threader, WorkersFollowTheCaller) {
     kamSetErrStatus(7);
     const auto slices = Plain::run(400, a, y, 1.0f);
     EXPECT_EQ(slices.size(), 4u);
-    for (const auto& slice : slices) {
-      EXPECT_EQ(slice.words.mode, mode);
-      EXPECT_EQ(slice.words.callback, callback);
-      EXPECT_EQ(slice.words.status, KAM_STATUS_OK);
-      EXPECT_EQ(slice.words.base, a);
+    for (const auto& [count, args, thread, words] : slices) {
+      EXPECT_EQ(std::tie(words.mode, words.callback), std::tie(mode, callback));
+      EXPECT_EQ(words.status, KAM_STATUS_OK);
+      EXPECT_EQ(words.base, a);
     }
     EXPECT_EQ(kamGetMode(), mode);
     EXPECT_EQ(kamGetErrorCallBack(), callback);
@@ -255,29 +254,27 @@ TEST(Threader, StatusOfAFork) {
 // ---- nesting ----
 
 // Slices of a call inside a region of the caller's, and the status that was 7 before.
-std::pair<size_t, int32_t> call_inside_a_region() {
-  std::pair<size_t, int32_t> outcome;
+void expect_inside_a_region(size_t slices, int32_t status) {
 #pragma omp parallel num_threads(2)
 #pragma omp critical  // the recorder is common to all
   {
     kamSetErrStatus(7);
-    const size_t slices = Plain::run(400, a, y, 1.0f).size();
-    outcome = {slices, kamGetErrStatus()};
+    EXPECT_EQ(Plain::run(400, a, y, 1.0f).size(), slices);
+    EXPECT_EQ(kamGetErrStatus(), status);
   }
-  return outcome;
 }
 
 TEST(Threader, InsideARegionOfTheCaller) {
   if (!in_process_with("ORBA_NUM_THREADS=4")) return;
-  EXPECT_EQ(call_inside_a_region(), std::pair(size_t{1}, 7));
+  expect_inside_a_region(1, 7);
 }
 
 // As the runtime allows: by default the inner region has one thread, which goes the way of a fork.
 TEST(Threader, InsideARegionWithFixedThreads) {
   if (!in_process_with(kFixed)) return;
-  EXPECT_EQ(call_inside_a_region(), std::pair(size_t{1}, 0));
+  expect_inside_a_region(1, 0);
   omp_set_max_active_levels(2);
-  EXPECT_EQ(call_inside_a_region(), std::pair(size_t{4}, 0));
+  expect_inside_a_region(4, 0);
 }
 
 // ---- real calls ----
