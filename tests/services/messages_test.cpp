@@ -105,16 +105,6 @@ TEST(Messages, TranslatedCatalogue) {
   std::filesystem::remove_all(folder);
 }
 
-TEST(MessagesDeathTest, Terminate) {
-  EXPECT_EXIT(terminate(3), testing::ExitedWithCode(3), "");
-  EXPECT_EXIT(
-      {
-        set_exit_handler([](int exit_code) { _exit(exit_code + 40); });
-        terminate(3);
-      },
-      testing::ExitedWithCode(43), "");
-}
-
 // ---- reports ----
 
 std::string report_text(const char* name, int32_t position, int32_t length) {

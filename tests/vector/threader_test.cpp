@@ -289,28 +289,6 @@ int note_index(KamErrorContext* context) {
   return 0;
 }
 
-// An error tells its place in the whole array, in every type's own element size.
-TEST(ThreadedCall, ErrorsTellTheIndex) {
-  if (!in_process_with(kFixed)) return;
-  constexpr int32_t n = 20000;
-  const std::vector<int32_t> bad = {0, 4999, 5000, 12345, n - 1};
-  kamSetErrorCallBack(note_index);
-  kamSetMode(KAM_ERRMODE_CALLBACK);
-  const auto check = [&](auto good_element, auto bad_element, auto call, int32_t status) {
-    std::vector<decltype(good_element)> x(n, good_element), r(n);
-    for (const int32_t i : bad) x[static_cast<size_t>(i)] = bad_element;
-    error_indexes.clear();
-    call(n, x.data(), x.data(), r.data());
-    std::ranges::sort(error_indexes);
-    EXPECT_EQ(error_indexes, bad);
-    EXPECT_EQ(kamClearErrStatus(), status);
-  };
-  check(4.0f, 0.0f, vsDiv, KAM_STATUS_SING);
-  check(4.0, 0.0, vdDiv, KAM_STATUS_SING);
-  check(KamComplex8{1, 1}, KamComplex8{1e30f, 0}, vcMul, KAM_STATUS_OVERFLOW);
-  check(KamComplex16{1, 1}, KamComplex16{1e300, 0}, vzMul, KAM_STATUS_OVERFLOW);
-}
-
 // A callback may call the library in its turn: short and long vectors, with errors of their own.
 thread_local int depth = 0;
 std::atomic<int> faults{0};
