@@ -14,15 +14,12 @@ void note(const char* message, int code) {
   reported_code = code;
 }
 
-class BoundedString : public testing::Test {
- protected:
-  void SetUp() override {
-    set_string_constraint_handler(note);
-    set_bytes_constraint_handler(note);
-  }
-  void TearDown() override {
-    set_string_constraint_handler(nullptr);
-    set_bytes_constraint_handler(nullptr);
+struct BoundedString : testing::Test {
+  BoundedString() { set_handlers(note); }
+  ~BoundedString() override { set_handlers(nullptr); }
+  static void set_handlers(decltype(&note) handler) {
+    set_string_constraint_handler(handler);
+    set_bytes_constraint_handler(handler);
   }
 };
 
@@ -41,8 +38,10 @@ TEST_F(BoundedString, CopyAndConcatenate) {
       {copy_string, true, 8, "abc", 8, 0, "abc"}, {copy_string, true, 8, "abcdef", 3, 0, "abc"},
       {copy_string, true, 4, "abc", 3, 0, "abc"}, {copy_string, true, 8, "abc", 0, 0, ""},
       {copy_string, true, 3, "abc", 8, 406, ""}, {copy_string, false, 8, "abc", 3, 400, ""},
-      {copy_string, true, 0, "abc", 3, 401, "old"}, {copy_string, true, kTooLarge, "abc", 3, 403, ""},
-      {copy_string, true, 8, nullptr, 3, 400, ""}, {copy_string, true, 8, "abc", kTooLarge, 403, ""},
+      {copy_string, true, 0, "abc", 3, 401, "old"},
+      {copy_string, true, kTooLarge, "abc", 3, 403, ""},
+      {copy_string, true, 8, nullptr, 3, 400, ""},
+      {copy_string, true, 8, "abc", kTooLarge, 403, ""},
       {concatenate_string, true, 8, "abc", 8, 0, "oldabc"},
       {concatenate_string, true, 6, "abc", 2, 0, "oldab"},
       {concatenate_string, true, 8, "abc", 0, 0, "old"},
@@ -71,17 +70,17 @@ TEST_F(BoundedString, CopyAndConcatenate) {
 }
 
 TEST_F(BoundedString, Length) {
-  reported_code = 0;
-  EXPECT_EQ(string_length("abc", 25), 3u);
-  EXPECT_EQ(string_length("abc", 2), 2u);
-  EXPECT_EQ(string_length("", 25), 0u);
-  EXPECT_EQ(reported_code, 0);
-  EXPECT_EQ(string_length(nullptr, 25), 0u);
-  EXPECT_EQ(reported_code, 400);
-  EXPECT_EQ(string_length("abc", 0), 0u);
-  EXPECT_EQ(reported_code, 401);
-  EXPECT_EQ(string_length("abc", kTooLarge), 0u);
-  EXPECT_EQ(reported_code, 403);
+  const struct {
+    const char* text;
+    size_t size, length;
+    int code;
+  } cases[] = {{"abc", 25, 3, 0},     {"abc", 2, 2, 0},   {"", 25, 0, 0},
+               {nullptr, 25, 0, 400}, {"abc", 0, 0, 401}, {"abc", kTooLarge, 0, 403}};
+  for (const auto& c : cases) {
+    reported_code = 0;
+    EXPECT_EQ(string_length(c.text, c.size), c.length);
+    EXPECT_EQ(reported_code, c.code);
+  }
 }
 
 TEST_F(BoundedString, CopyBytes) {

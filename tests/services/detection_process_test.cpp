@@ -5,13 +5,11 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "services/detect/detect.h"
 #include "services/detect/detection.h"
+#include "tests/support/observe.h"
 #include "tests/support/process.h"
 
 namespace orba::services {
@@ -31,22 +29,13 @@ std::string text_of(const Words& words) {
 
 // In the child: many threads race for the first query, each in another order.
 void report_as_child() {
-  constexpr int kThreads = 4;
-  std::array<Words, kThreads> results{};
-  std::atomic<int> waiting{kThreads};  // a spinning barrier: a sleeping one lets them go one by one
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&, i] {
-      waiting.fetch_sub(1);
-      while (waiting.load() > 0) {
-      }
-      if (i == 1) cpu_level();
-      if (i == 2) rau_cpu_type();
-      if (i == 3) reproducibility(-1);
-      results[static_cast<size_t>(i)] = words_now();
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  std::array<Words, 4> results{};
+  test::on_threads(4, [&](int i) {
+    if (i == 1) cpu_level();
+    if (i == 2) rau_cpu_type();
+    if (i == 3) reproducibility(-1);
+    results[static_cast<size_t>(i)] = words_now();
+  });
   setenv("ORBA_ENABLE_INSTRUCTIONS", "SSE4_2", 1);  // too late to matter
   setenv("ORBA_CBWR", "SSE2", 1);
   setenv("ORBA_FORCE_KERNELCLASS", "0", 1);
@@ -69,16 +58,17 @@ int level_of_this_processor() {
 TEST(DetectionProcess, EnvironmentSelectsClass) {
   if (test::in_test_process()) return report_as_child();
   const int native = level_of_this_processor();
+  EXPECT_EQ(fold_level(raw_level(1)), native);
+  EXPECT_EQ(raw_level(0), raw_level(1));
+  EXPECT_EQ(reproducibility(0), -2);
+  EXPECT_EQ(reproducibility(2), -2);
   const auto at_level = [](int level, int word) {
     const int type = level == 0 ? 0 : level + 2;
     const int kam = level == 7 ? 5 : level == 5 ? 3 : level == 3 ? 2 : 0;
     return Words{type, kam, type, std::min(kam, 4), level, word & 0xFFFF, word};
   };
   const auto forced = [&](int number, int rau) {
-    Words words = at_level(native, 1);
-    words[1] = words[2] = number;
-    words[3] = rau;
-    return words;
+    return Words{at_level(native, 1)[0], number, number, rau, native, 1, 1};
   };
   constexpr int kStrict = 0x10000;
   const std::string request = "ORBA_ENABLE_INSTRUCTIONS=", branch = "ORBA_CBWR=",
@@ -115,15 +105,6 @@ TEST(DetectionProcess, EnvironmentSelectsClass) {
       EXPECT_EQ(first, child.output.rfind("Tessel Orba WARNING"));
     }
   }
-}
-
-TEST(DetectionProcess, Services) {
-  EXPECT_EQ(reproducibility(0), -2);
-  EXPECT_EQ(reproducibility(2), -2);
-  DetectionReport report;
-  EXPECT_EQ(raw_level(1), detect_raw_level(features_of(take_snapshot()), kInitialFlags, report));
-  EXPECT_EQ(raw_level(0), raw_level(1));
-  EXPECT_EQ(fold_level(raw_level(0)), level_of_this_processor());
 }
 
 }  // namespace

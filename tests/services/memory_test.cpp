@@ -36,13 +36,12 @@ TEST(Memory, AlignedAndWritable) {
 }
 
 TEST(Memory, NullForWhatCannotBe) {
-  EXPECT_EQ(allocate(0, 64), nullptr);
-  EXPECT_EQ(allocate_plain(0, 64), nullptr);
-  EXPECT_EQ(allocate_zeroed(0, 8, 64), nullptr);
-  EXPECT_EQ(allocate_zeroed(8, 0, 64), nullptr);
-  EXPECT_EQ(allocate(UINT64_MAX, 64), nullptr);
-  EXPECT_EQ(allocate(UINT64_MAX - 100, 4096), nullptr);
-  EXPECT_EQ(allocate_zeroed(uint64_t{1} << 33, uint64_t{1} << 33, 64), nullptr);
+  for (void* block :
+       {allocate(0, 64), allocate_plain(0, 64), allocate_zeroed(0, 8, 64),
+        allocate_zeroed(8, 0, 64), allocate(UINT64_MAX, 64), allocate(UINT64_MAX - 100, 4096),
+        allocate_zeroed(uint64_t{1} << 33, uint64_t{1} << 33, 64)}) {
+    EXPECT_EQ(block, nullptr);
+  }
   free_memory(nullptr);
 }
 

@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 #include <sched.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
 #include <thread>
-#include <vector>
+
+#include "tests/support/observe.h"
+#include "tests/support/process.h"
 
 namespace {
 
@@ -20,16 +20,12 @@ TEST(SpinLock, GuardsACounterUnderContention) {
   constexpr int kRounds = 20000;
   SpinLock lock;
   int counter = 0;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&] {
-      for (int i = 0; i < kRounds; ++i) {
-        SpinGuard guard(lock);
-        ++counter;
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  orba::test::on_threads(kThreads, [&](int) {
+    for (int i = 0; i < kRounds; ++i) {
+      SpinGuard guard(lock);
+      ++counter;
+    }
+  });
   EXPECT_EQ(counter, kThreads * kRounds);
 }
 
@@ -46,16 +42,13 @@ TEST(SpinLock, ProgressesOnOneProcessor) {
 
     SpinLock lock;
     int turns = 0;
-    const auto work = [&] {
+    orba::test::on_threads(2, [&](int) {
       for (int i = 0; i < 200; ++i) {
         SpinGuard guard(lock);
         ++turns;
         sched_yield();
       }
-    };
-    std::thread first(work), second(work);
-    first.join();
-    second.join();
+    });
     EXPECT_EQ(turns, 400);
   }).join();
 }
@@ -64,7 +57,6 @@ TEST(SpinLock, ProgressesOnOneProcessor) {
 // that takes too long is not waited for; the child does not wait for him either.
 TEST(SpinLock, InAForkedChild) {
   for (const int milliseconds : {50, 2000}) {
-    const bool whole = milliseconds < 100;
     SpinLock lock;
     int first = 0, second = 0;
     std::atomic<bool> inside{false};
@@ -77,17 +69,12 @@ TEST(SpinLock, InAForkedChild) {
     });
     while (!inside) std::this_thread::yield();
     const auto start = std::chrono::steady_clock::now();
-    const pid_t child = fork();
-    if (child == 0) {
-      alarm(10);
-      for (int round = 0; round < 3; ++round) SpinGuard guard(lock);
-      _exit(first == second);
-    }
+    EXPECT_EQ(orba::test::in_child([&] {
+                for (int round = 0; round < 3; ++round) SpinGuard guard(lock);
+                return first == second;
+              }),
+              milliseconds < 100);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1500));
-    int status;
-    waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), whole);
     holder.join();
     EXPECT_TRUE(lock.try_lock());
   }

@@ -5,6 +5,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -81,6 +82,19 @@ inline bool in_process_with(const std::string& settings,
   EXPECT_EQ(outcome.exit_code, 0) << settings << '\n' << outcome.output;
   EXPECT_NE(outcome.output.find("[  PASSED  ] 1 test"), std::string::npos) << outcome.output;
   return false;
+}
+
+// What `work` returns in a forked child; -1 when it does not come to an end.
+template <class Work>
+int in_child(Work work) {
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(10);
+    _exit(work());
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 }  // namespace orba::test

@@ -3,8 +3,6 @@
 #include <fenv.h>
 #include <gtest/gtest.h>
 #include <omp.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <xmmintrin.h>
 
 #include <algorithm>
@@ -25,6 +23,7 @@
 namespace {
 
 using orba::services::set_local_thread_count;
+using orba::test::in_child;
 using orba::test::in_process_with;
 
 constexpr char kFixed[] = "ORBA_DYNAMIC=FALSE ORBA_NUM_THREADS=4";
@@ -69,19 +68,6 @@ std::vector<uint64_t> long_calls() {
 }
 
 // ---- a forked process ----
-
-// What `work` returns in a child process; -1 when it does not come to an end.
-template <class Work>
-int in_child(Work work) {
-  const pid_t child = fork();
-  if (child == 0) {
-    alarm(10);
-    _exit(work());
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 TEST(ForkedProcess, LongCallsOfChildrenAndGrandchildren) {
   if (!in_process_with(kFixed)) return;
@@ -170,23 +156,20 @@ void set_float_control(FloatControl control) {
 }
 
 // Of each of the runtime's threads.
-template <class T>
-std::vector<T> ask_workers(T (*question)()) {
-  std::vector<T> answers(4);
+template <class Question>
+auto ask_workers(Question question) {
+  std::vector<decltype(question())> answers(4);
 #pragma omp parallel num_threads(4)
   answers[static_cast<size_t>(omp_get_thread_num())] = question();
   return answers;
 }
-std::vector<FloatControl> float_controls_of_workers() { return ask_workers(float_control); }
-std::vector<int> float_exceptions_of_workers() {
-  return ask_workers(+[] { return fetestexcept(FE_ALL_EXCEPT); });
-}
+int raised() { return fetestexcept(FE_ALL_EXCEPT); }
 
 TEST(FloatingPointState, ThreadsComputeAsTheCaller) {
   if (!in_process_with(kFixed)) return;
   orba::services::kam_class_word = 0;  // whose arithmetic leaves the caller's control alone
   const FloatControl usual = float_control();
-  const std::vector<FloatControl> workers = float_controls_of_workers();
+  const std::vector<FloatControl> workers = ask_workers(float_control);
   std::vector<std::vector<uint64_t>> seen;
   for (const FloatControl control :
        {usual, FloatControl{0x3F80, 0x077F}, FloatControl{0x5F80, 0x0B7F},
@@ -202,7 +185,7 @@ TEST(FloatingPointState, ThreadsComputeAsTheCaller) {
     EXPECT_EQ(after, control);
     EXPECT_EQ(std::ranges::count(seen, alone), 0);  // or the setting proves nothing
     seen.push_back(alone);
-    EXPECT_EQ(float_controls_of_workers(), workers);
+    EXPECT_EQ(ask_workers(float_control), workers);
   }
 }
 
@@ -214,7 +197,7 @@ TEST(FloatingPointState, RaisedExceptionsComeBack) {
   a.back() = 0.0;
   kamSetMode(KAM_ERRMODE_EXCEPT);
   feclearexcept(FE_ALL_EXCEPT);
-  const std::vector<int> before = float_exceptions_of_workers();
+  const std::vector<int> before = ask_workers(raised);
   const auto raise_last = [](int64_t item, int32_t, int32_t, void*) {
     volatile double large = std::numeric_limits<double>::max();
     if (item == kItems - 1) large = large * 2;
@@ -230,7 +213,7 @@ TEST(FloatingPointState, RaisedExceptionsComeBack) {
         << threads;
   }
   feclearexcept(FE_ALL_EXCEPT);
-  EXPECT_EQ(float_exceptions_of_workers(), before);  // each has its own state again
+  EXPECT_EQ(ask_workers(raised), before);  // each has its own state again
 }
 
 }  // namespace

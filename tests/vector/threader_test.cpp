@@ -12,12 +12,15 @@
 #include <array>
 #include <atomic>
 #include <mutex>
+#include <numeric>
+#include <set>
 #include <string>
 #include <thread>
 #include <tuple>
 #include <vector>
 
 #include "services/threads/thread_count.h"
+#include "tests/support/observe.h"
 #include "tests/support/process.h"
 #include "vector/words/thread_words.h"
 
@@ -68,34 +71,28 @@ using Plain = Recorder<const double*, double*>;
 const double a[1000] = {};
 double y[1000];
 
+// Side by side, one to a thread, the first on the caller's.
 TEST(Threader, Slices) {
   if (!in_process_with(kFixed)) return;
-  const struct {
-    int32_t threads, n;
-    std::vector<int32_t> counts;
-  } cases[] = {{8, 99, {99}},
-               {1, 1000, {1000}},
-               {8, 100, {13, 13, 13, 13, 12, 12, 12, 12}},
-               {3, 100, {34, 33, 33}},
-               {128, 100, std::vector<int32_t>(100, 1)}};  // the other 28 have nothing to do
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.n << " elements, " << c.threads << " threads");
-    set_local_thread_count(c.threads);
-    const auto slices = Plain::run(c.n, a, y, 1.0f);
-    std::vector<int32_t> counts;
-    std::vector<std::thread::id> threads;
-    int32_t first = 0;
-    for (const auto& slice : slices) {
-      EXPECT_EQ(slice.args, std::tuple(a + first, y + first));
-      counts.push_back(slice.count);
-      threads.push_back(slice.thread);
-      first += slice.count;
+  const std::pair<int32_t, std::vector<int32_t>> cases[] = {
+      // threads, and lengths of slices
+      {8, {99}},
+      {1, {1000}},
+      {8, {13, 13, 13, 13, 12, 12, 12, 12}},
+      {3, {34, 33, 33}},
+      {128, std::vector<int32_t>(100, 1)}};  // the other 28 have nothing to do
+  for (const auto& [request, counts] : cases) {
+    SCOPED_TRACE(request);
+    set_local_thread_count(request);
+    const auto slices = Plain::run(std::reduce(counts.begin(), counts.end()), a, y, 1.0f);
+    ASSERT_EQ(slices.size(), counts.size());
+    EXPECT_EQ(slices[0].thread, std::this_thread::get_id());
+    std::set<std::thread::id> threads;
+    for (size_t i = 0, first = 0; i < slices.size(); first += slices[i++].count) {
+      EXPECT_EQ(slices[i].args, std::tuple(a + first, y + first));
+      EXPECT_EQ(slices[i].count, counts[i]);
+      EXPECT_TRUE(threads.insert(slices[i].thread).second);
     }
-    EXPECT_EQ(counts, c.counts);
-    // Side by side, one to a thread, the first on the caller's.
-    EXPECT_EQ(threads[0], std::this_thread::get_id());
-    std::ranges::sort(threads);
-    EXPECT_EQ(std::ranges::adjacent_find(threads), threads.end());
   }
 }
 
@@ -122,82 +119,69 @@ TEST(Threader, ShortVectorsDoNotAskForThreads) {
 
 // ---- every shape ----
 
-template <class Kernel>
-struct Shape;
-
 template <class... Args>
-struct Shape<void(int32_t, Args...)> {
+void check_shape(const std::string& name, void (*)(int32_t, Args...)) {
+  SCOPED_TRACE(name);
   using Tuple = std::tuple<Args...>;
-
+  // What the name says of the first array.
+  EXPECT_EQ(sizeof(*std::get<0>(Tuple())), name[0] == 's' ? 4u : name[0] == 'z' ? 16u : 8u);
+  EXPECT_EQ(name.find('I') != name.npos, (std::is_same_v<int32_t, std::tuple_element_t<1, Tuple>>));
   // Arrays are addresses that nobody follows; increments differ from each other and from 1.
-  static Tuple arguments() {
-    Tuple all;
-    int32_t number = 0, increments = 0;
-    const auto make = [&]<class T>(T& argument) {
-      ++number;
-      if constexpr (std::is_pointer_v<T>) {
-        argument = reinterpret_cast<T>(static_cast<uintptr_t>(number) << 40);
-      } else if constexpr (std::is_same_v<T, int32_t>) {
-        argument = std::array{3, -2, 5}[static_cast<size_t>(increments++)];
-      } else {
-        memset(&argument, number, sizeof argument);
-      }
-    };
-    std::apply([&](auto&... argument) { (make(argument), ...); }, all);
-    return all;
-  }
-
-  template <size_t i>
-  static void expect(const Tuple& slice, const Tuple& whole, int32_t first) {
-    const auto given = std::get<i>(slice), original = std::get<i>(whole);
-    if constexpr (std::is_pointer_v<std::tuple_element_t<i, Tuple>>) {
-      int64_t increment = 1;
-      if constexpr (i + 1 < sizeof...(Args)) {
-        if constexpr (std::is_same_v<std::tuple_element_t<i + 1, Tuple>, int32_t>) {
-          increment = std::get<i + 1>(whole);
-        }
-      }
-      const auto bytes = reinterpret_cast<intptr_t>(given) - reinterpret_cast<intptr_t>(original);
-      EXPECT_EQ(bytes, static_cast<int64_t>(sizeof *given) * increment * first) << i;
+  Tuple whole;
+  int32_t number = 0, increments = 0;
+  std::vector<int64_t> steps;  // in bytes, of the arrays
+  const auto make = [&]<class T>(T& argument) {
+    ++number;
+    if constexpr (std::is_pointer_v<T>) {
+      argument = reinterpret_cast<T>(static_cast<uintptr_t>(number) << 40);
+      steps.push_back(sizeof *argument);
+    } else if constexpr (std::is_same_v<T, int32_t>) {
+      argument = std::array{3, -2, 5}[static_cast<size_t>(increments++)];
+      steps.back() *= argument;
     } else {
-      EXPECT_EQ(memcmp(&given, &original, sizeof given), 0) << i;
+      memset(&argument, number, sizeof argument);
     }
-  }
-
-  static void check() {
-    const Tuple whole = arguments();
-    for (const int32_t n : {99, 1003}) {
-      const auto slices =
-          std::apply([&](auto... args) { return Recorder<Args...>::run(n, args..., 1.0f); }, whole);
-      EXPECT_EQ(slices.size(), n == 99 ? 1u : 4u);
-      int32_t first = 0;
-      for (const auto& slice : slices) {
-        [&]<size_t... i>(std::index_sequence<i...>) { (expect<i>(slice.args, whole, first), ...); }
-        (std::index_sequence_for<Args...>{});
-        first += slice.count;
+  };
+  std::apply([&](auto&... argument) { (make(argument), ...); }, whole);
+  for (const int32_t n : {99, 1003}) {
+    const auto slices =
+        std::apply([&](auto... args) { return Recorder<Args...>::run(n, args..., 1.0f); }, whole);
+    EXPECT_EQ(slices.size(), n == 99 ? 1u : 4u);
+    int32_t first = 0;
+    for (const auto& slice : slices) {
+      size_t array = 0;
+      const auto moved = [&]<class T>(T argument) {
+        if constexpr (std::is_pointer_v<T>) {
+          argument =
+              reinterpret_cast<T>(reinterpret_cast<intptr_t>(argument) + steps[array++] * first);
+        }
+        return argument;
+      };
+      const auto expected =
+          std::apply([&](auto... args) { return std::tuple{moved(args)...}; }, whole);
+      const auto same = [](const auto& one, const auto& two) {
+        return memcmp(&one, &two, sizeof one) == 0;
+      };
+      [&]<size_t... i>(std::index_sequence<i...>) {
+        EXPECT_TRUE((same(std::get<i>(slice.args), std::get<i>(expected)) && ...));
       }
-      EXPECT_EQ(first, n);
+      (std::index_sequence_for<Args...>{});
+      first += slice.count;
     }
+    EXPECT_EQ(first, n);
   }
-};
+}
 
 TEST(Threader, EveryShape) {
   if (!in_process_with(kFixed)) return;
   int threaders = 0;
 #define ORBA_UNWRAP(...) __VA_ARGS__
-#define ORBA_THREADER(name, parameters, arguments)                                       \
-  {                                                                                      \
-    SCOPED_TRACE(#name);                                                                 \
-    using Kernel = void(int32_t ORBA_UNWRAP parameters);                                 \
-    EXPECT_EQ(threader<Kernel>, &orba_kam_serv_threader_##name);                         \
-    using Tuple = Shape<Kernel>::Tuple;                                                  \
-    /* what the name says of the first array */                                          \
-    constexpr char type = #name[0];                                                      \
-    EXPECT_EQ(sizeof(*std::get<0>(Tuple())), type == 's' ? 4u : type == 'z' ? 16u : 8u); \
-    EXPECT_EQ(strchr(#name, 'I') != nullptr,                                             \
-              (std::is_same_v<int32_t, std::tuple_element_t<1, Tuple>>));                \
-    Shape<Kernel>::check();                                                              \
-    ++threaders;                                                                         \
+#define ORBA_THREADER(name, parameters, arguments)               \
+  {                                                              \
+    using Kernel = void(int32_t ORBA_UNWRAP parameters);         \
+    EXPECT_EQ(threader<Kernel>, &orba_kam_serv_threader_##name); \
+    check_shape(#name, static_cast<Kernel*>(nullptr));           \
+    ++threaders;                                                 \
   }
 #include "vector/frame/threaders.def"
 #undef ORBA_THREADER
@@ -221,11 +205,10 @@ TEST(Threader, WorkersFollowTheCaller) {
     kamSetErrStatus(7);
     const auto slices = Plain::run(400, a, y, 1.0f);
     EXPECT_EQ(slices.size(), 4u);
-    for (const auto& slice : slices) {
-      EXPECT_EQ(slice.words.mode, mode);
-      EXPECT_EQ(slice.words.callback, callback);
-      EXPECT_EQ(slice.words.status, KAM_STATUS_OK);
-      EXPECT_EQ(slice.words.base, a);
+    for (const auto& [count, args, thread, words] : slices) {
+      EXPECT_EQ(std::tie(words.mode, words.callback), std::tie(mode, callback));
+      EXPECT_EQ(words.status, KAM_STATUS_OK);
+      EXPECT_EQ(words.base, a);
     }
     EXPECT_EQ(kamGetMode(), mode);
     EXPECT_EQ(kamGetErrorCallBack(), callback);
@@ -271,42 +254,30 @@ TEST(Threader, StatusOfAFork) {
 // ---- nesting ----
 
 // Slices of a call inside a region of the caller's, and the status that was 7 before.
-std::pair<size_t, int32_t> call_inside_a_region() {
-  std::pair<size_t, int32_t> outcome;
+void expect_inside_a_region(size_t slices, int32_t status) {
 #pragma omp parallel num_threads(2)
 #pragma omp critical  // the recorder is common to all
   {
     kamSetErrStatus(7);
-    const size_t slices = Plain::run(400, a, y, 1.0f).size();
-    outcome = {slices, kamGetErrStatus()};
+    EXPECT_EQ(Plain::run(400, a, y, 1.0f).size(), slices);
+    EXPECT_EQ(kamGetErrStatus(), status);
   }
-  return outcome;
 }
 
 TEST(Threader, InsideARegionOfTheCaller) {
   if (!in_process_with("ORBA_NUM_THREADS=4")) return;
-  EXPECT_EQ(call_inside_a_region(), std::pair(size_t{1}, 7));
+  expect_inside_a_region(1, 7);
 }
 
 // As the runtime allows: by default the inner region has one thread, which goes the way of a fork.
 TEST(Threader, InsideARegionWithFixedThreads) {
   if (!in_process_with(kFixed)) return;
-  EXPECT_EQ(call_inside_a_region(), std::pair(size_t{1}, 0));
+  expect_inside_a_region(1, 0);
   omp_set_max_active_levels(2);
-  EXPECT_EQ(call_inside_a_region(), std::pair(size_t{4}, 0));
+  expect_inside_a_region(4, 0);
 }
 
 // ---- real calls ----
-
-std::vector<double> numbers(size_t n) {
-  std::vector<double> values(n);
-  uint64_t state = 1;
-  for (double& value : values) {
-    state = state * 6364136223846793005u + 1442695040888963407u;
-    value = static_cast<double>(state >> 11) * 0x1p-40 + 0x1p-20;
-  }
-  return values;
-}
 
 std::vector<int32_t> error_indexes;
 std::mutex error_mutex;
@@ -316,28 +287,6 @@ int note_index(KamErrorContext* context) {
   error_indexes.push_back(context->index);
   context->r1 = 42;
   return 0;
-}
-
-// An error tells its place in the whole array, in every type's own element size.
-TEST(ThreadedCall, ErrorsTellTheIndex) {
-  if (!in_process_with(kFixed)) return;
-  constexpr int32_t n = 20000;
-  const std::vector<int32_t> bad = {0, 4999, 5000, 12345, n - 1};
-  kamSetErrorCallBack(note_index);
-  kamSetMode(KAM_ERRMODE_CALLBACK);
-  const auto check = [&](auto good_element, auto bad_element, auto call, int32_t status) {
-    std::vector<decltype(good_element)> x(n, good_element), r(n);
-    for (const int32_t i : bad) x[static_cast<size_t>(i)] = bad_element;
-    error_indexes.clear();
-    call(n, x.data(), x.data(), r.data());
-    std::ranges::sort(error_indexes);
-    EXPECT_EQ(error_indexes, bad);
-    EXPECT_EQ(kamClearErrStatus(), status);
-  };
-  check(4.0f, 0.0f, vsDiv, KAM_STATUS_SING);
-  check(4.0, 0.0, vdDiv, KAM_STATUS_SING);
-  check(KamComplex8{1, 1}, KamComplex8{1e30f, 0}, vcMul, KAM_STATUS_OVERFLOW);
-  check(KamComplex16{1, 1}, KamComplex16{1e300, 0}, vzMul, KAM_STATUS_OVERFLOW);
 }
 
 // A callback may call the library in its turn: short and long vectors, with errors of their own.
@@ -391,64 +340,31 @@ TEST(ThreadedCall, CallbacksMayCallTheLibrary) {
   EXPECT_EQ(kamGetErrStatus(), KAM_STATUS_OK);
 }
 
-// Bit for bit what one thread computes, also in place.
-TEST(ThreadedCall, EqualsSerialCall) {
-  if (!in_process_with(kFixed)) return;
-  constexpr int32_t n = 100003;
-  const std::vector<double> x = numbers(2 * n), z = numbers(4 * n);
-  using Call = void (*)(const double* x, const double* z, double* r);
-  for (const Call call :
-       {Call([](const double*p, const double*, double*r) { vdInvSqrt(2 * n, p, r); }),
-        Call([](const double*p, const double*q, double*r) { vdDiv(2 * n, p, q, r); }),
-        Call([](const double*p, const double*q, double*r) {
-          vzMul(n, reinterpret_cast<const KamComplex16*>(p),
-                reinterpret_cast<const KamComplex16*>(q), reinterpret_cast<KamComplex16*>(r));
-        })}) {
-    std::vector<double> serial(2 * n), threaded(2 * n), in_place = x;
-    set_local_thread_count(1);
-    call(x.data(), z.data(), serial.data());
-    for (const int32_t threads : {2, 3, 8}) {
-      set_local_thread_count(threads);
-      call(x.data(), z.data(), threaded.data());
-      EXPECT_EQ(threaded, serial);
-    }
-    call(in_place.data(), z.data(), in_place.data());
-    EXPECT_EQ(in_place, serial);
-  }
-}
-
 // Application threads with modes and callbacks of their own fork at the same time.
 TEST(ThreadedCall, ManyApplicationThreads) {
   if (!in_process_with(kFixed)) return;
-  constexpr int kThreads = 8;
   constexpr size_t n = 5000;
-  const std::vector<double> x = numbers(n);
-  std::vector<double> expected(n);
+  std::vector<double> x(n), expected(n);
+  std::iota(x.begin(), x.end(), 1.0);
   set_local_thread_count(1);
   vmdInvSqrt(n, x.data(), expected.data(), KAM_HA);
 
-  std::atomic<int> right{0};
-  std::vector<std::thread> threads;
-  for (size_t id = 0; id < kThreads; ++id) {
-    threads.emplace_back([&, id] {
-      const bool fails = id % 2 == 1;
-      std::vector<double> mine = x, wanted = expected, r(n);
-      if (fails) {
-        mine[n - 1 - id] = 0;
-        wanted[n - 1 - id] = HUGE_VAL;
-        kamSetErrorCallBack([](KamErrorContext*) { return 1; });
-      }
-      kamSetMode(KAM_HA | (fails ? KAM_ERRMODE_CALLBACK : KAM_ERRMODE_IGNORE));
-      bool good = true;
-      for (int round = 0; round < 50; ++round) {
-        vdInvSqrt(n, mine.data(), r.data());
-        good &= kamClearErrStatus() == (fails ? KAM_STATUS_SING : KAM_STATUS_OK) && r == wanted;
-      }
-      right += good;
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(right, kThreads);
+  test::on_threads(8, [&](int id) {
+    const bool fails = id % 2 == 1;
+    std::vector<double> mine = x, wanted = expected, r(n);
+    if (fails) {
+      mine[n - 1 - static_cast<size_t>(id)] = 0;
+      wanted[n - 1 - static_cast<size_t>(id)] = HUGE_VAL;
+      kamSetErrorCallBack([](KamErrorContext*) { return 1; });
+    }
+    kamSetMode(KAM_HA | (fails ? KAM_ERRMODE_CALLBACK : KAM_ERRMODE_IGNORE));
+    bool good = true;
+    for (int round = 0; round < 50; ++round) {
+      vdInvSqrt(n, mine.data(), r.data());
+      good &= kamClearErrStatus() == (fails ? KAM_STATUS_SING : KAM_STATUS_OK) && r == wanted;
+    }
+    EXPECT_TRUE(good) << id;
+  });
 }
 
 }  // namespace

@@ -39,7 +39,6 @@ struct Module {
 };
 
 TEST(Unload, ThreadsOutliveTheLibrary) {
-  constexpr int kRounds = 20;
   Module* loaded = nullptr;
   const auto use = [&loaded] {
     // A library that was loaded afresh knows nothing of this thread.
@@ -49,14 +48,12 @@ TEST(Unload, ThreadsOutliveTheLibrary) {
   };
   std::barrier turn(2);
   std::thread survivor([&] {
-    for (int round = 0; round < kRounds; ++round) {
-      turn.arrive_and_wait();
+    for (turn.arrive_and_wait(); loaded != nullptr; turn.arrive_and_wait()) {
       use();
       turn.arrive_and_wait();
     }
-    turn.arrive_and_wait();  // ends after the last unload
   });
-  for (int round = 0; round < kRounds; ++round) {
+  for (int round = 0; round < 20; ++round) {
     Module module;
     loaded = &module;
     use();
@@ -64,6 +61,7 @@ TEST(Unload, ThreadsOutliveTheLibrary) {
     turn.arrive_and_wait();  // the survivor's turn
     turn.arrive_and_wait();
   }
+  loaded = nullptr;  // the survivor ends after the last unload
   turn.arrive_and_wait();
   survivor.join();
 }
