@@ -279,17 +279,9 @@ TEST(Threader, InsideARegionWithFixedThreads) {
 
 // ---- real calls ----
 
+// A callback may call the library in its turn: short and long vectors, with errors of their own.
 std::vector<int32_t> error_indexes;
 std::mutex error_mutex;
-
-int note_index(KamErrorContext* context) {
-  const std::lock_guard lock(error_mutex);
-  error_indexes.push_back(context->index);
-  context->r1 = 42;
-  return 0;
-}
-
-// A callback may call the library in its turn: short and long vectors, with errors of their own.
 thread_local int depth = 0;
 std::atomic<int> faults{0};
 
@@ -300,7 +292,11 @@ int call_the_library(KamErrorContext* context) {
     faults += context->index != 1 || context->code != KAM_STATUS_ERRDOM;
     return 1;
   }
-  note_index(context);
+  {
+    const std::lock_guard lock(error_mutex);
+    error_indexes.push_back(context->index);
+  }
+  context->r1 = 42;
   ++depth;
   const double negative[400] = {4, -1};
   double r[400];
