@@ -5,7 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <set>
 
 #include "tests/accuracy/limits.h"
@@ -24,6 +28,19 @@ double scale() {
 
 class Kernels : public testing::TestWithParam<Subject> {};
 
+void expect_within(const Limits& limits, const Subject& subject, const Measurement& measurement) {
+  for (const Measured& measured : measurement.all) {
+    const uint32_t accuracy = measured.cell.accuracy;
+    for (const Outcome* outcome : {&measured.kept, &measured.flushed}) {
+      const std::string name =
+          measured.name() + (outcome == &measured.kept ? "" : ", denormals flushed");
+      const Peak& peak = outcome->peak(accuracy);
+      EXPECT_LE(peak.error, limits.limit(accuracy)) << name << ": " << describe(subject, peak);
+      EXPECT_EQ(outcome->wrong_reports, 0) << name << ": " << outcome->first_wrong_report;
+    }
+  }
+}
+
 TEST_P(Kernels, StayWithinLimits) {
   const Subject& subject = GetParam();
   const Limits* limits = find_limits(subject.function, subject.type);
@@ -31,16 +48,40 @@ TEST_P(Kernels, StayWithinLimits) {
   const Oracle* oracle = find_oracle(subject.function, subject.complex());
   ASSERT_NE(oracle, nullptr) << subject.name() << " has no oracle";
   const auto points = static_cast<int64_t>(1000 * limits->points * scale());
-  for (const Measured& measured : measure(subject, *limits, *oracle, points).all) {
-    const uint32_t accuracy = measured.cell.accuracy;
-    for (const Outcome* outcome : {&measured.kept, &measured.flushed}) {
-      const std::string name =
-          measured.name() + (outcome == &measured.kept ? "" : ", denormals flushed");
-      const Peak& peak = outcome->peak(accuracy);
-      EXPECT_LE(peak.error, limits->limit(accuracy)) << name << ": " << describe(subject, peak);
-      EXPECT_EQ(outcome->wrong_reports, 0) << name << ": " << outcome->first_wrong_report;
+  expect_within(*limits, subject, measure(subject, *limits, *oracle, points));
+}
+
+// The name in FUNCTION-f64.txt or FUNCTION-f32.txt of a published list of arguments that are hard to
+// round.
+std::string list_of_hard_cases(const Subject& subject) {
+  const std::string_view name = subject.function;
+  std::string stem(name == "Ln" ? "log" : name == "InvSqrt" ? "rsqrt" : name);
+  std::ranges::transform(stem, stem.begin(), [](unsigned char c) { return std::tolower(c); });
+  return stem + (subject.type == 'd' ? "-f64.txt" : "-f32.txt");
+}
+
+// The lists (a line per case, its arguments in hexadecimal) are not part of the project.
+TEST(HardCases, StayWithinLimits) {
+  const std::filesystem::path folder = ORBA_HARD_CASES;
+  if (!std::filesystem::is_directory(folder))
+    GTEST_SKIP() << "no lists of hard cases at " << folder;
+  int lists = 0;
+  for (const Subject& subject : subjects()) {
+    std::ifstream list(folder / list_of_hard_cases(subject));
+    if (subject.complex() || !list) continue;
+    ++lists;
+    std::vector<std::array<double, 2>> arguments;
+    for (std::string line; std::getline(list, line);) {
+      char* rest = nullptr;
+      const double a = std::strtod(line.c_str(), &rest);  // of a comment nothing
+      if (rest != line.c_str()) arguments.push_back({a, std::strtod(rest, nullptr)});
     }
+    EXPECT_GT(arguments.size(), 100u) << subject.name();
+    const Limits* limits = find_limits(subject.function, subject.type);
+    const Oracle* oracle = find_oracle(subject.function, false);
+    expect_within(*limits, subject, measure_at(subject, *limits, *oracle, arguments));
   }
+  EXPECT_GT(lists, 0);
 }
 
 // Everything that has to give the special values: the kernels, and the callouts that take any
@@ -51,9 +92,10 @@ void for_each_contender(const Subject& subject, Action&& action) {
     action(cell.accuracy, subject.kernel(cell.classes[0], cell.accuracy), cell.name());
   }
   if (find_oracle(subject.function, subject.complex())->callout_takes != nullptr) return;
-  for (const int kernel_class : live_classes()) {
-    action(KAM_HA, callouts_of(subject, kernel_class),
-           "callout, class " + std::to_string(kernel_class));
+  for (const int kernel_class : kCalloutClasses) {
+    const vector::KamKernel callouts = callouts_of(subject, kernel_class);
+    if (callouts != nullptr)
+      action(KAM_HA, callouts, "callout, class " + std::to_string(kernel_class));
   }
 }
 

@@ -40,17 +40,20 @@ class Measurer {
         flushed_inputs_{0, std::vector<Real>(kBatch * parts_), std::vector<Real>(kBatch * parts_)} {
   }
 
-  Measurement run(int64_t points, bool profile) {
+  // give(measurer) hands over the arguments, batch by batch.
+  template <class Give>
+  Measurement run(bool profile, Give&& give) {
     Measurement measurement;
     std::vector<size_t> contender_of;
     for (const Cell& cell : cells(subject_)) {
       measurement.all.push_back({cell, false, {}, {}});
       contender_of.push_back(enter(cell, subject_.kernel(cell.classes[0], cell.accuracy), false));
     }
-    for (const int kernel_class : live_classes()) {
+    for (const int kernel_class : kCalloutClasses) {
+      const vector::KamKernel callouts = callouts_of(subject_, kernel_class);
+      if (callouts == nullptr) continue;
       measurement.all.push_back({{KAM_HA, {kernel_class}}, true, {}, {}});
-      contender_of.push_back(
-          enter(measurement.all.back().cell, callouts_of(subject_, kernel_class), true));
+      contender_of.push_back(enter(measurement.all.back().cell, callouts, true));
     }
     if (profile) {
       for (Profile* p : {&measurement.whole, &measurement.zoom}) {
@@ -58,8 +61,7 @@ class Measurer {
       }
       profiled_ = &measurement;
     }
-    Sampler<Real, Measurer> sampler(limits_, parts_, subject_.operands(), *this);
-    sampler.run(points);
+    give(*this);
     for (Contender& contender : contenders_) {
       for (Outcome* outcome : {&contender.kept, &contender.flushed}) {
         flushed_ = outcome == &contender.flushed;
@@ -334,7 +336,29 @@ std::string number(const Subject& subject, const double* parts) {
 Measurement measure(const Subject& subject, const Limits& limits, const Oracle& oracle,
                     int64_t points, bool profile) {
   return with_type(subject, [&]<class Type>(Type) {
-    return Measurer<Type>(subject, limits, oracle).run(points, profile);
+    return Measurer<Type>(subject, limits, oracle).run(profile, [&](auto& measurer) {
+      Sampler<typename Type::Real, Measurer<Type>>(limits, subject.parts(), subject.operands(),
+                                                   measurer)
+          .run(points);
+    });
+  });
+}
+
+Measurement measure_at(const Subject& subject, const Limits& limits, const Oracle& oracle,
+                       const std::vector<std::array<double, 2>>& arguments) {
+  return with_type(subject, [&]<class Type>(Type) {
+    using Real = typename Type::Real;
+    return Measurer<Type>(subject, limits, oracle).run(false, [&](auto& measurer) {
+      Batch<Real> batch;
+      batch.a.resize(kBatch), batch.b.resize(kBatch);
+      for (const auto& [a, b] : arguments) {
+        batch.a[batch.count] = static_cast<Real>(a);
+        batch.b[batch.count] = static_cast<Real>(b);
+        if (++batch.count < kBatch && &b != &arguments.back()[1]) continue;
+        measurer(batch);
+        batch.count = 0;
+      }
+    });
   });
 }
 

@@ -7,6 +7,7 @@
 // made of it. Reports are those that the flushed arguments call for.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -64,10 +65,18 @@ inline constexpr int kProfileSlices = 240;
 Measurement measure(const Subject& subject, const Limits& limits, const Oracle& oracle,
                     int64_t points, bool profile = false);
 
+// At the arguments given (the second where there are two), of a real function.
+Measurement measure_at(const Subject& subject, const Limits& limits, const Oracle& oracle,
+                       const std::vector<std::array<double, 2>>& arguments);
+
 // Error of a peak that the stand-in has found, by MPFR.
 void remeasure(Evaluator& evaluator, Peak& peak, bool relative);
 
-// The kernel that hands every element to the callout of a class (callouts.h).
+// The classes whose callouts stand for all: the first without fused products and the first with them.
+inline constexpr int kCalloutClasses[] = {0, 3};
+
+// The kernel that hands every element to the callout of such a class (callouts.h); null where the
+// processor does not run it.
 vector::KamKernel callouts_of(const Subject& subject, int kernel_class);
 
 // "a=0x1.8p+0 got=... wanted=..." of a peak.

@@ -334,16 +334,16 @@ ORBA_COLD void run_rare_lanes(const F& f, const Arrays<F>& x, RareLanes<F>& rare
                               FloatEnvironment& environment, const char* name) {
   constexpr int size = eval_size<F>;
   for (int i = rare.count; i % size != 0; ++i) {
-    rare.a[i] = static_cast<typename F::In>(kFiller);
-    if constexpr (F::inputs == 2) rare.b[i] = static_cast<typename F::In>(kFiller);
+    rare.a[i] = rare.a[0];  // whatever the rare road takes
+    if constexpr (F::inputs == 2) rare.b[i] = rare.b[0];
   }
   Scratch<F> s;
   for (int i = 0; i < rare.count; i += size) {
     const int count = rare.count - i < size ? rare.count - i : size;
     const int64_t* places = rare.place + i;
     typename F::Flag left{};
-    const Arrays<F> to_scratch = {rare.a, rare.b, s.y - i, s.z - i};
-    store_results(to_scratch, i, eval_pack<true>(f, to_scratch, i, left));
+    const Arrays<F> block = {rare.a + i, rare.b + (F::inputs == 2 ? i : 0), s.y, s.z};
+    store_results(block, 0, eval_pack<true>(f, block, 0, left));
     const uint32_t flagged = element_bits(left) & ((2u << (count - 1)) - 1);
     if (flagged != 0) [[unlikely]] {
       __builtin_memcpy(s.a, rare.a + i, sizeof s.a);
