@@ -128,7 +128,8 @@ class Search {
         contender.accuracy | (uncounted ? KAM_ERRMODE_NOERR : KAM_ERRMODE_CALLBACK),
         uncounted ? nullptr : &count);
     counted() = {};
-    call<vector::Type_s>(subject_, contender.kernel, kChunk, chunk.a.data(), nullptr,
+    const float* const no_second = nullptr;
+    call<vector::Type_s>(subject_, contender.kernel, kChunk, chunk.a.data(), no_second,
                          results.data());
     if (exceeds(results.data(), chunk.exact.data(), contender.relative, contender.peak.error)) {
       for (int i = 0; i < kChunk; ++i) weigh(contender, chunk, i, results[i]);

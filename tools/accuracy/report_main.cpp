@@ -2,7 +2,7 @@
 //   accuracy_report DIRECTORY [--exhaustive] [--scale=N] [function...]
 // DIRECTORY gets accuracy.md and accuracy/NAME.svg. The tests' numbers of random points are
 // multiplied by N; --exhaustive adds all single-precision arguments. With functions named (vdInv
-// ...) only their figures are printed and nothing is written.
+// ...) the others keep the figures that the document has, if it was measured on the same machine.
 
 #include <cpuid.h>
 
@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <thread>
 
 #include "tools/accuracy/exhaustive.h"
@@ -225,8 +226,29 @@ class Plot {
   int left_ = kLeft;
 };
 
+std::string measured_on() {
+  std::string text = "Measured on " + processor() + ", " + compiler() + ", classes";
+  for (const int kernel_class : live_classes()) text += ' ' + std::to_string(kernel_class);
+  return text + ".";
+}
+
+// The tables of a document, by function; none if it was measured elsewhere.
+std::map<std::string, std::string> tables_of(const std::filesystem::path& document) {
+  std::ifstream in(document);
+  std::map<std::string, std::string> tables;
+  std::string line, name;
+  bool here = false;
+  while (std::getline(in, line)) {
+    here |= line.starts_with(measured_on());
+    if (line.starts_with("### ")) name = line.substr(4);
+    if (here && !name.empty()) tables[name] += line + '\n';
+  }
+  return tables;
+}
+
 void write_document(const std::filesystem::path& directory, const std::vector<Entry>& entries) {
   std::filesystem::create_directories(directory / "accuracy");
+  const std::map<std::string, std::string> before = tables_of(directory / "accuracy.md");
   std::ofstream out(directory / "accuracy.md");
   out << R"(# Accuracy
 
@@ -238,17 +260,21 @@ Errors of HA and LA are in units of the last place of the exact result (below th
 
 Everything is measured twice. With denormals flushed (`KAM_DENORMALS_FLUSH`) denormal arguments count as zeros of their sign, and where a value within the limit of the exact one is denormal a zero is as good; all other results are held to the same limits.
 
-)"
-      << "Measured on " << processor() << ", " << compiler() << ", classes";
-  for (const int kernel_class : live_classes()) out << ' ' << kernel_class;
-  out << ". Plots show class " << live_classes().back()
+)" << measured_on()
+      << " Plots show class " << live_classes().back()
       << ": the largest error in each slice, limits dashed; functions with a zero that their "
          "argument comes close to also by the distance from it.\n";
-  for (const Entry& entry : entries) {
-    write_table(out, entry);
-    if (entry.limits->plot.axis == Axis::kNone) continue;
-    std::ofstream svg(directory / "accuracy" / (entry.subject->name() + ".svg"));
-    Plot(svg, entry).write();
+  for (const Subject& subject : subjects()) {
+    const auto entry = std::ranges::find(entries, &subject, &Entry::subject);
+    if (entry == entries.end()) {
+      const auto table = before.find(subject.name());
+      if (table != before.end()) out << '\n' << table->second;
+      continue;
+    }
+    write_table(out, *entry);
+    if (entry->limits->plot.axis == Axis::kNone) continue;
+    std::ofstream svg(directory / "accuracy" / (subject.name() + ".svg"));
+    Plot(svg, *entry).write();
   }
 }
 
@@ -301,11 +327,7 @@ int run(int argc, char** argv) {
     const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - start;
     std::cerr << subject->name() << ", all arguments: " << spent.count() << " s\n";
   }
-  if (!names.empty()) {
-    for (const Entry& entry : entries) write_table(std::cout, entry);
-  } else {
-    write_document(argv[1], entries);
-  }
+  write_document(argv[1], entries);
   return 0;
 }
 
