@@ -453,19 +453,19 @@ ORBA_INLINE void run_kernel(int32_t n, const Arrays<F>& x, const char* name, con
 // row and accuracy:
 //   ORBA_KERNEL       the kernel that runs a function, given by its type
 //   ORBA_SAME_KERNEL  for an accuracy that shares the kernel of another
-//   ORBA_ENTRY        the head of an entry whose body follows in braces, with the shape's parameters
+//   ORBA_KERNEL_ENTRY        the head of an entry whose body follows in braces, with the shape's parameters
 // The accuracy is ALL where the row of the function table says that there is only one kernel.
-#define ORBA_ENTRY(shape, t, Name, accuracy) \
+#define ORBA_KERNEL_ENTRY(shape, t, Name, accuracy) \
   extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(int32_t n ORBA_PARAMETERS(shape, t))
 #define ORBA_KERNEL(shape, t, Name, accuracy, ...)                    \
-  ORBA_ENTRY(shape, t, Name, accuracy) {                              \
+  ORBA_KERNEL_ENTRY(shape, t, Name, accuracy) {                       \
     using namespace orba::ORBA_CLASS_NAMESPACE;                       \
     using Function = __VA_ARGS__;                                     \
     run_kernel(n, Arrays<Function>{ORBA_ARRAYS(shape)}, "v" #t #Name, \
                Function{ORBA_SCALARS(shape)});                        \
   }
 #define ORBA_SAME_KERNEL(shape, t, Name, accuracy, same_as) \
-  ORBA_ENTRY(shape, t, Name, accuracy)                      \
+  ORBA_KERNEL_ENTRY(shape, t, Name, accuracy)               \
   __attribute__((alias(ORBA_STRING(ORBA_KERNEL_NAME(v##t##Name, same_as)))));
 
 #define ORBA_KERNEL_NAME_(class_name, row, accuracy) orba_##class_name##_##row##_##accuracy
