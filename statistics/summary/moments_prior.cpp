@@ -14,34 +14,34 @@ bool is_state(const MomentsPlan& plan, MomentsResult result) noexcept {
   return (plan.needed & ~made & set_of(result)) != 0;
 }
 
-// Tells apart what an array of results holds, and where it lies. Never 0.
+// Tells apart what an array of results holds, and where it lies. Never 0. Words are mixed with their
+// places each by itself, so that none waits for another.
 template <class Real>
 uint64_t mark_of(const SsTask& task, const MomentsPlan& plan, MomentsResult result) noexcept {
-  uint64_t mark = reinterpret_cast<uint64_t>(task.*kResultArrays[result]);
-  const auto add = [&](uint64_t word) {
-    mark = (mark ^ word) * 0x9E3779B97F4A7C15;  // an odd number near 2^64 over the golden ratio
-    mark ^= mark >> 32;
+  uint64_t mark = 0;
+  const auto add = [&](int64_t place, uint64_t word) {
+    constexpr uint64_t kOdd = 0x9E3779B97F4A7C15;  // near 2^64 over the golden ratio
+    word = (word ^ static_cast<uint64_t>(place) * kOdd) * kOdd;
+    mark += (word ^ word >> 32) * kOdd;
   };
-  const auto add_element = [&](Real x) {
+  const auto add_element = [&](int64_t place, Real x) {
     if constexpr (sizeof(Real) == sizeof(uint64_t)) {
-      add(std::bit_cast<uint64_t>(x));
+      add(place, std::bit_cast<uint64_t>(x));
     } else {
-      add(std::bit_cast<uint32_t>(x));
+      add(place, std::bit_cast<uint32_t>(x));
     }
   };
   const auto selects = [&](int64_t j) { return task.selects(j); };
+  add(-1, reinterpret_cast<uint64_t>(task.*kResultArrays[result]));
   if (storage_of(result) != nullptr) {
-    add(static_cast<uint64_t>(task.integer(task.*storage_of(result))));
+    add(-2, static_cast<uint64_t>(task.integer(task.*storage_of(result))));
     matrix_of<Real>(task, result, plan.p).for_each(selects, [&](int64_t j, int64_t k, Real x) {
-      if (j == k) add(static_cast<uint64_t>(j));
-      add_element(x);
+      add_element(j * plan.p + k, x);
     });
   } else {
     const auto* x = static_cast<const Real*>(task.*kResultArrays[result]);
     for (int64_t j = 0; j < plan.p; ++j) {
-      if (!selects(j)) continue;
-      add(static_cast<uint64_t>(j));
-      add_element(x[j]);
+      if (selects(j)) add_element(j, x[j]);
     }
   }
   return mark | 1;

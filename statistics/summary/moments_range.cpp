@@ -43,15 +43,16 @@ bool RangeCheck<Real>::weights() const noexcept {
   return needs_degrees_ && !(v >= least_ && std::isfinite(v) && std::isfinite(w * w));
 }
 
-// Whether any of so many sums of squares, or of fourth powers, is.
+// Whether any of so many averages of squares, or of fourth powers, is, or `factor` times it.
 template <class Real>
 bool RangeCheck<Real>::squares_lost(const Real* x, Real factor, int64_t count,
                                     int64_t stride) const noexcept {
-  const Real least = least_, most = most_;
+  const Real least = std::max(least_ / factor, std::numeric_limits<Real>::min());
+  const Real most = most_ / std::max(factor, Real(1));
   bool good = true;
   for (int64_t j = 0; j < count; ++j) {
-    const Real one = x[j * stride], sum = one * factor;
-    good &= (sum >= least) & (sum <= most) & (one <= most);
+    const Real one = x[j * stride];
+    good &= (one >= least) & (one <= most);
   }
   return !good;
 }
@@ -114,6 +115,7 @@ template <class Real>
 int32_t WideSweep<Real>::run(bool* changed) noexcept {
   const MomentsPlan& plan = sweep_.plan;
   *changed = false;
+  if (nothing_differs()) return RAU_STATUS_OK;
   if (!take_vectors()) return RAU_SS_ERROR_MEM_FAILURE;
   MomentsOrders vectors = sweep_.orders;
   vectors.product = false;
@@ -131,6 +133,15 @@ int32_t WideSweep<Real>::run(bool* changed) noexcept {
   keep_others();
   *changed = true;
   return RAU_STATUS_OK;
+}
+
+// The sums of squares of a single first observation are 0 as they should be.
+template <class Real>
+bool WideSweep<Real>::nothing_differs() const noexcept {
+  const auto* kept = static_cast<const Real*>(sweep_.task.accumulated_weight);
+  const bool continues = kept != nullptr && kept[0] > 0;
+  return sweep_.orders.method == MomentsMethod::kOnePass && sweep_.plan.n - first_ == 1 &&
+         !continues && !check_.weights();
 }
 
 template <class Real>

@@ -68,6 +68,7 @@ class WideSweep {
     Real least, greatest;
   };
 
+  bool nothing_differs() const noexcept;
   bool take_vectors() noexcept;
   bool choose() noexcept;
   bool can_be_helped(int64_t j, bool weights) const noexcept;

@@ -16,19 +16,12 @@
 #include <type_traits>
 #include <vector>
 
-#include "services/detect/detect.h"
+#include "tests/support/rau_class.h"
 
 namespace {
 
 using orba::dense::dense_routines;
 using orba::dense::kWorkspaceBytes;
-
-std::vector<int> live_classes() {
-  std::vector<int> live;
-  for (int c = 0; c <= orba::services::rau_class(orba::services::rau_cpu_type()); ++c)
-    live.push_back(c);
-  return live;
-}
 
 template <class Real>
 struct Routines {
@@ -193,7 +186,7 @@ TYPED_TEST(Dense, RankOne) {
     const auto x = random_matrix<Real>(n, 1);
     const auto start = random_matrix<Real>(n, n);
     const Product p = product(x, transposed(x));
-    for (const int c : live_classes()) {
+    for (int c = 0; c <= orba::test::highest_rau_class(); ++c) {
       const auto routines = routines_of<Real>(c);
       for (const char uplo : {'u', 'U', 'l', 'L'}) {
         for (const Real alpha : {Real(1), Real(-1), Real(0.5), Real(0)}) {
@@ -216,7 +209,7 @@ TYPED_TEST(Dense, RankK) {
     const auto at = transposed(a);
     const auto start = random_matrix<Real>(n, n);
     const Product p = product(a, at);
-    for (const int c : live_classes()) {
+    for (int c = 0; c <= orba::test::highest_rau_class(); ++c) {
       const auto routines = routines_of<Real>(c);
       for (const auto& f : kFactors<Real>) {
         const auto run = [&](char uplo, char trans) {
@@ -249,7 +242,7 @@ TYPED_TEST(Dense, General) {
     const auto bt = transposed(b);
     const auto start = random_matrix<Real>(shape.m, shape.n);
     const Product p = product(a, b);
-    for (const int c : live_classes()) {
+    for (int c = 0; c <= orba::test::highest_rau_class(); ++c) {
       const auto routines = routines_of<Real>(c);
       for (const auto& f : kFactors<Real>) {
         for (const char* trans : {"nn", "NT", "tn", "TC", "cN"}) {

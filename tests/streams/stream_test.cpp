@@ -228,7 +228,7 @@ TEST(Generator, StatusesReachTheCaller) {
   limited.StreamStateSize = 24;
   limited.InitStream = init_stream<Limited>;
   limited.sBRng = Limited_sBRng_kernels[0];
-  limited.dBRng = Limited_dBRng_kernels[kClassCount - 1];
+  limited.dBRng = Limited_dBRng_kernels[statistics::kBuildCount - 1];
   limited.iBRng = Limited_iBRng_kernels[1];
   EXPECT_EQ(Limited_floors_kernels[2], nullptr);
   const int32_t brng = rauRegisterBrng(&limited);

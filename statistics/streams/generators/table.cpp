@@ -7,9 +7,9 @@ namespace {
 
 using BuiltInRows = std::array<Brng, kBuiltInBrngs>;
 
-constexpr std::array<BuiltInRows, kClassCount> make_rows() {
-  std::array<BuiltInRows, kClassCount> tables = {};
-  for (size_t c = 0; c < kClassCount; ++c) {
+constexpr std::array<BuiltInRows, kBuildCount> make_rows() {
+  std::array<BuiltInRows, kBuildCount> tables = {};
+  for (size_t c = 0; c < kBuildCount; ++c) {
 #define ORBA_BRNG(row, Name, size, seeds, zero, word, bits, subs, abilities, uniform, blocks)    \
   tables[c][row] = {{size, seeds, zero, word, bits, Name##_InitStream_kernels[c],                \
                      Name##_sBRng_kernels[c], Name##_dBRng_kernels[c], Name##_iBRng_kernels[c]}, \
@@ -23,7 +23,7 @@ constexpr std::array<BuiltInRows, kClassCount> make_rows() {
   return tables;
 }
 
-constinit const std::array<BuiltInRows, kClassCount> built_in = make_rows();
+constinit const std::array<BuiltInRows, kBuildCount> built_in = make_rows();
 constinit Brng registered[kMaxBrngs - kBuiltInBrngs] = {};
 constinit int32_t row_count = kBuiltInBrngs;
 

@@ -139,6 +139,6 @@ ORBA_COMPLEX_KERNELS(1i_scalar_1o, TestScale, ScaleParts)
 ORBA_COMPLEX_KERNELS(complex_to_real, TestNorm, Norm)
 ORBA_COMPLEX_KERNELS(real_to_complex, TestUnit, Unit)
 ORBA_REAL_KERNELS(linear_fraction, TestFraction, Fraction)
-ORBA_ENTRY(pack_increment, z, TestGather, ALL) {
+ORBA_KERNEL_ENTRY(pack_increment, z, TestGather, ALL) {
   for (int64_t i = 0; i < n && y != nullptr; ++i) y[i] = a[i * inca];
 }

@@ -9,11 +9,13 @@
 // Without FMA (classes 0 to 2) the seed is refined once and cut to 17 bits; with the head of a cut
 // to 19 bits both a_head*y0^2 and its difference from 1 are exact, and the tail's product is small.
 // In single precision the same with 12-bit halves.
+#include "vector/kernels/arith/arith_coefficients.h"
 #include "vector/kernels/arith/seed_tables.h"
 #include "vector/kernels/arith/seeds.h"
 #include "vector/kernels/contract/kernel.h"
 #include "vector/kernels/contract/scalar.h"
 #include "vector/kernels/simd/pair_arithmetic.h"
+#include "vector/kernels/simd/polynomial.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
@@ -131,10 +133,7 @@ struct Full {
     const F64 y = short_seed(x, seed);
     const F64 e = residual(x, y);
     if constexpr (!kFused) return y + y * (e * (0.5 + e * (0.375 + e * 0.3125)));
-    F64 p = mul_add(F64(0.27343754675366555), e, F64(0.31250016501874495));
-    p = mul_add(p, e, F64(0.37500000000001366));
-    p = mul_add(p, e, F64(0.49999999999997785));
-    return mul_add(y, e * p, y);
+    return mul_add(y, e * horner(e, kInvSqrtSeries), y);
   }
   ORBA_INLINE static F32 refine(F32 x) {
     const F32 y = rsqrt_seed(x);
@@ -149,7 +148,7 @@ struct Ep {
   ORBA_INLINE static F64 refine(F64 x, F64 y) {
     const F64 e = neg_mul_add(x, y * y, F64(1));
     if constexpr (kClass == 5) return mul_add(0.5 * y, e, y);
-    return mul_add(y, e * mul_add(F64(0.37500018328707924), e, F64(0.50000012568255314)), y);
+    return mul_add(y, e * horner(e, kInvSqrtShortSeries), y);
   }
   ORBA_INLINE static F32 refine(F32 x) {
     const F32 y = approx_rsqrt(x);

@@ -3,11 +3,13 @@
 // y = seed of 1/sqrt(a), t = a*y, e = 1 - t*y; then sqrt(a) = t*(1 - e)^(-1/2) = t + t*w(e), w the
 // head of the binomial series. HA adds the step r + (a - r^2)*y/2 on the exact residual: 0.5 ULP
 // and 2^-13 of one. Without FMA (classes 0 to 2) the hardware root is both exact and faster.
+#include "vector/kernels/arith/arith_coefficients.h"
 #include "vector/kernels/arith/seed_tables.h"
 #include "vector/kernels/arith/seeds.h"
 #include "vector/kernels/contract/kernel.h"
 #include "vector/kernels/contract/scalar.h"
 #include "vector/kernels/simd/pair_arithmetic.h"
+#include "vector/kernels/simd/polynomial.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
@@ -97,12 +99,9 @@ template <Degree degree>
 ORBA_INLINE F64 series(F64 e) {
   if constexpr (degree == Degree::ep) {
     if constexpr (kClass == 5) return 0.5 * e;
-    return e * mul_add(F64(0.37500018328707924), e, F64(0.50000012568255314));
+    return e * horner(e, kInvSqrtShortSeries);
   }
-  F64 p = mul_add(F64(0.27343754675366555), e, F64(0.31250016501874495));
-  p = mul_add(p, e, F64(0.37500000000001366));
-  p = mul_add(p, e, F64(0.49999999999997785));
-  return e * p;
+  return e * horner(e, kInvSqrtSeries);
 }
 template <Degree degree>
 ORBA_INLINE F32 series(F32 e) {

@@ -14,21 +14,40 @@ ORBA_INLINE bool finite(const Z& z) { return !is_nan_or_inf(z.real) && !is_nan_o
 ORBA_INLINE bool infinite(const Z& z) { return is_inf(z.real) || is_inf(z.imag); }
 ORBA_INLINE bool is_nan(double x) { return x != x; }
 
-// The exponent of the larger part.
-ORBA_INLINE int exponent_of(const Z& z) {
-  const double x = __builtin_fabs(z.real), y = __builtin_fabs(z.imag);
-  return exponent_of(x > y ? x : y);
-}
-
 // The value of a pair; a zero keeps the sign that the head has as a sum of products.
 ORBA_INLINE F64 total(Pair<F64> x) {
   return as_float(as_bits(x.hi + x.lo) | (as_bits(x.hi) & I64(INT64_MIN)));
 }
 
-// z with the larger part in [1, 2); what underflows in the other part is below 2^-1000 of it.
-ORBA_INLINE Z scaled_down(const Z& z, int k) {
-  const int half = -k / 2;
-  return {z.real * pow2(half) * pow2(-k - half), z.imag * pow2(half) * pow2(-k - half)};
+// A finite value*2^exponent, the value of moderate size.
+struct ScaledPair {
+  Pair<double> value;
+  int exponent;
+};
+
+// x*u + y*v of any finite numbers, with the sign of the exact sum. The larger product is brought near
+// 1. From 2^-300 on downwards the other one only decides how the sum rounds.
+ORBA_INLINE ScaledPair scaled_sum_of_products(double x, double u, double y, double v) {
+  constexpr int kZero = -10000;
+  const auto exponent = [](double p, double q) {
+    return p == 0 || q == 0 ? kZero : exponent_of(p) + exponent_of(q);
+  };
+  const auto mantissa = [](double p) { return p == 0 ? p : scaled(p, -exponent_of(p)); };
+  const int first = exponent(x, u), second = exponent(y, v),
+            larger = first > second ? first : second;
+  if (larger == kZero) return {{x * u + y * v, 0}, 0};
+  const auto weight = [larger](int k) { return pow2(k < larger - 300 ? -300 : k - larger); };
+  return {sum_of_products(mantissa(x) * weight(first), mantissa(u), mantissa(y) * weight(second),
+                          mantissa(v)),
+          larger};
+}
+
+// Rounded once; what becomes zero keeps its sign. Quotients reach exponents of +-4200, where the result
+// has long been infinity or zero.
+ORBA_INLINE double rounded(ScaledPair x) {
+  constexpr int kMost = 2500;
+  const int k = x.exponent < -kMost ? -kMost : x.exponent > kMost ? kMost : x.exponent;
+  return __builtin_copysign(rounded(x.value, k), total(x.value));
 }
 
 // n / d of pairs is value - excess*recip, with recip near 1/d.hi. No zero in it has the wrong sign.
@@ -43,19 +62,13 @@ ORBA_INLINE PartQuotient<V> part_quotient(Pair<V> n, Pair<V> d, V recip) {
   return {q, ((back.hi - n.hi) + back.lo) + (q * d.lo - n.lo)};
 }
 
-// a * b. Finite parts: both factors are brought near 1, each part is a sum of two products in pair
-// arithmetic, rounded once; infinite and NaN parts as C99, Annex G.5.1. A product overflows where
-// it is infinite as a Part.
+// a * b. Finite parts: sums of two products in pair arithmetic, rounded once; infinite and NaN parts
+// as C99, Annex G.5.1. A product overflows where it is infinite as a Part.
 template <class Part>
 ORBA_COLD Z multiply(const Z& a, const Z& b) {
   if (finite(a) && finite(b)) {
-    const bool zero = (a.real == 0 && a.imag == 0) || (b.real == 0 && b.imag == 0);
-    if (zero) return {a.real * b.real - a.imag * b.imag, a.real * b.imag + a.imag * b.real};
-    const int ka = exponent_of(a), kb = exponent_of(b);
-    const Z x = scaled_down(a, ka), y = scaled_down(b, kb);
-    const Pair<double> re = sum_of_products(x.real, y.real, -x.imag, y.imag);
-    const Pair<double> im = sum_of_products(x.real, y.imag, x.imag, y.real);
-    return {rounded(re, ka + kb), rounded(im, ka + kb)};
+    return {rounded(scaled_sum_of_products(a.real, b.real, -a.imag, b.imag)),
+            rounded(scaled_sum_of_products(a.real, b.imag, a.imag, b.real))};
   }
   Z x = a, y = b;
   Z r{x.real * y.real - x.imag * y.imag, x.real * y.imag + x.imag * y.real};
@@ -90,26 +103,26 @@ ORBA_COLD Z multiply(const Z& a, const Z& b) {
 
 // a / b. A zero divisor multiplies the parts of a by infinity; a divisor with one zero part divides
 // by the other, a zero part of the result keeping the sign of the formula; otherwise
-// a*conj(b)/|b|^2 in pair arithmetic on numbers near 1. Infinite and NaN parts as C99, Annex G.5.1.
+// a*conj(b)/|b|^2 in pair arithmetic. Infinite and NaN parts as C99, Annex G.5.1.
 ORBA_COLD Z divide(const Z& a, const Z& b) {
   const double infinity = __builtin_inf();
   if (b.real == 0 && b.imag == 0) return {a.real * infinity, a.imag * infinity};
   if (finite(a) && finite(b)) {
-    if (b.real == 0 || b.imag == 0 || (a.real == 0 && a.imag == 0)) {
+    if (b.real == 0 || b.imag == 0) {
       const bool real = b.imag == 0;
       const double re = real ? a.real / b.real : a.imag / b.imag;
       const double im = real ? a.imag / b.real : -a.real / b.imag;
       return {(real ? a.real : a.imag) == 0 ? a.real * b.real + a.imag * b.imag : re,
               (real ? a.imag : a.real) == 0 ? a.imag * b.real - a.real * b.imag : im};
     }
-    const int ka = exponent_of(a), kb = exponent_of(b);
-    const Z x = scaled_down(a, ka), y = scaled_down(b, kb);
-    const Pair<double> d = sum_of_products(y.real, y.real, y.imag, y.imag);
-    const double recip = 1.0 / d.hi;
-    const auto re = part_quotient(sum_of_products(x.real, y.real, x.imag, y.imag), d, recip);
-    const auto im = part_quotient(sum_of_products(x.imag, y.real, -x.real, y.imag), d, recip);
-    return {rounded({re.value, -re.excess * recip}, ka - kb),
-            rounded({im.value, -im.excess * recip}, ka - kb)};
+    const ScaledPair d = scaled_sum_of_products(b.real, b.real, b.imag, b.imag);
+    const double recip = 1.0 / d.value.hi;
+    const auto over_d = [&](ScaledPair n) {
+      const auto q = part_quotient(n.value, d.value, recip);
+      return rounded({{q.value, -q.excess * recip}, n.exponent - d.exponent});
+    };
+    return {over_d(scaled_sum_of_products(a.real, b.real, a.imag, b.imag)),
+            over_d(scaled_sum_of_products(a.imag, b.real, -a.real, b.imag))};
   }
   if (infinite(a) && finite(b)) {
     const double x = __builtin_copysign(is_inf(a.real) ? 1.0 : 0.0, a.real);

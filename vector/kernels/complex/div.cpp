@@ -14,22 +14,27 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-// Lanes whose size is not within [2^-low, 2^high), infinities and NaN too.
-template <int low, int high>
-ORBA_INLINE M64 far_from_one(Complex<F64> z) {
-  return outside(as_bits(abs(z.re) + abs(z.im)), (1023U + low) << 20, ((1023U + high) << 20) - 1);
+template <class V>
+ORBA_INLINE V size(Complex<V> z) {
+  return abs(z.re) + abs(z.im);
 }
-template <int low, int high>
-ORBA_INLINE M32 far_from_one(Complex<F32> z) {
-  return outside(as_bits(abs(z.re) + abs(z.im)), (127U + low) << 23, ((127U + high) << 23) - 1);
+template <class V>
+ORBA_INLINE typename V::Bits bits_of_smaller_part(Complex<V> z) {
+  return as_bits(min(abs(z.re), abs(z.im)));
 }
 
-// Lanes where the dividend has a tiny part: if the divisor has a zero part, the product with its
-// other part would be lost. The callout divides part by part.
+// Lanes of which a size is not within [2^-400, 2^400) ([2^-50, 2^50)), infinities and NaN too, or a
+// part that is not zero below 2^-500 (2^-60): its products with the other operand's might be lost.
+// One less than the bits of a zero is the largest unsigned number.
 template <class V>
-ORBA_INLINE typename V::Mask tiny_part(Complex<V> z, typename V::Element tiny) {
-  const V part = min(abs(z.re), abs(z.im));
-  return (part < V(tiny)) & (part != V(0));
+ORBA_INLINE typename V::Mask far_from_one(Complex<V> a, Complex<V> b) {
+  const bool is_double = sizeof(typename V::Element) == 8;
+  const uint32_t low = is_double ? (1023U - 400) << 20 : (127U - 50) << 23;
+  const uint32_t high = is_double ? (1023U + 400) << 20 : (127U + 50) << 23;
+  const uint32_t tiny = is_double ? (1023U - 500) << 20 : (127U - 60) << 23;
+  const typename V::Bits one(1);
+  return outside(as_bits(size(a)), as_bits(size(b)), low, high - 1) |
+         outside(bits_of_smaller_part(a) - one, bits_of_smaller_part(b) - one, tiny, 0xffffffff);
 }
 
 template <class E>
@@ -78,8 +83,7 @@ struct DivInDouble : DivBase<KamComplex8> {
 struct DivPairs : DivBase<KamComplex16> {
   ORBA_INLINE static Pairs<F64> eval(Pairs<F64> a, Pairs<F64> b, M64& flag) {
     const Complex<F64> x = split(a), y = split(b);
-    flag =
-        flag | far_from_one<-400, 400>(x) | far_from_one<-400, 400>(y) | tiny_part(x, pow2(-500));
+    flag = flag | far_from_one(x, y);
     const Pair<F64> d = sum_of_products(y.re, y.re, y.im, y.im);
     const F64 recip = F64(1) / d.hi;
     const auto re = part_quotient(sum_of_products(x.re, y.re, x.im, y.im), d, recip);
@@ -92,13 +96,9 @@ struct DivPairs : DivBase<KamComplex16> {
 template <class E>
 struct DivFast : DivBase<E> {
   using typename DivBase<E>::V;
-  static constexpr bool is_double = sizeof(E) == 16;
-  static constexpr auto tiny = static_cast<typename V::Element>(is_double ? pow2(-500) : pow2(-60));
   ORBA_INLINE static Pairs<V> eval(Pairs<V> a, Pairs<V> b, typename V::Mask& flag) {
     const Complex<V> x = split(a), y = split(b);
-    constexpr int range = is_double ? 400 : 50;
-    flag =
-        flag | far_from_one<-range, range>(x) | far_from_one<-range, range>(y) | tiny_part(x, tiny);
+    flag = flag | far_from_one(x, y);
     const V d = mul_add(y.re, y.re, y.im * y.im);
     const V recip = recip_ep(d);
     return join(Complex<V>{mul_add(x.re, y.re, x.im * y.im) * recip,

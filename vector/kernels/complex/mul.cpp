@@ -14,29 +14,8 @@ namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
 template <class V>
-ORBA_INLINE typename V::Mask not_finite(Complex<V> z) {
-  const V infinity = typename V::Element(__builtin_inf());
-  return ~((abs(z.re) < infinity) & (abs(z.im) < infinity));
-}
-
-// Denormal where those count as zeros is not non-zero.
-template <class V>
-ORBA_INLINE typename V::Mask non_zero(Complex<V> z) {
-  return as_float(as_bits(z.re) | as_bits(z.im)) != V(0);
-}
-
-// Products of non-zero numbers that are so large that a part may be infinite, or so small that what
-// is flushed on the way, 2^-1022 (2^-126) at a time, may count. A zero times an infinity or NaN is
-// NaN in both parts, which is right.
-template <int lowest_exponent>
-ORBA_INLINE M64 out_of_range(Complex<F64> a, Complex<F64> b, Complex<F64> r) {
-  constexpr uint32_t lowest = static_cast<uint32_t>(lowest_exponent + 1023) << 20;
-  return outside(as_bits(abs(r.re) + abs(r.im)), lowest, 0x7fefffff) & non_zero(a) & non_zero(b);
-}
-template <int lowest_exponent>
-ORBA_INLINE M32 out_of_range(Complex<F32> a, Complex<F32> b, Complex<F32> r) {
-  constexpr uint32_t lowest = static_cast<uint32_t>(lowest_exponent + 127) << 23;
-  return outside(as_bits(abs(r.re) + abs(r.im)), lowest, 0x7f7fffff) & non_zero(a) & non_zero(b);
+ORBA_INLINE typename V::Mask finite(Complex<V> z) {
+  return abs(z.re) + abs(z.im) < V(typename V::Element(__builtin_inf()));
 }
 
 template <class E, bool conjugate>
@@ -72,18 +51,6 @@ ORBA_INLINE Complex<V> product_fused(Complex<V> a, Complex<V> b) {
   return {mul_sub(a.re, b.re, a.im * b.im), mul_add(a.im, b.re, a.re * b.im)};
 }
 
-template <class E, bool conjugate>
-struct MulFast : MulBase<E, conjugate> {
-  using Base = MulBase<E, conjugate>;
-  using typename Base::V;
-  ORBA_INLINE static Pairs<V> eval(Pairs<V> a, Pairs<V> b, typename Base::Flag& flag) {
-    const Complex<V> x = split(a), y = Base::second_factor(b);
-    const Complex<V> r = product_fused(x, y);
-    flag = flag | out_of_range < sizeof(E) == 16 ? -980 : -108 > (x, y, r);
-    return join(r);
-  }
-};
-
 template <bool conjugate>
 struct MulInDouble : MulBase<KamComplex8, conjugate> {
   using Base = MulBase<KamComplex8, conjugate>;
@@ -94,49 +61,96 @@ struct MulInDouble : MulBase<KamComplex8, conjugate> {
     const Complex<F64> high = product_fused(Complex<F64>{widen_high(x.re), widen_high(x.im)},
                                             Complex<F64>{widen_high(y.re), widen_high(y.im)});
     const Complex<F32> r{narrow(low.re, high.re), narrow(low.im, high.im)};
-    flag = flag | not_finite(r);
+    flag = flag | ~finite(r);
     return join(r);
   }
 };
 
-// From here on a flushed tail is below 2^-110 of the larger part of a product.
-constexpr int kLowestPairs = -912;
+// Products in the type itself, where what underflows on the way may be lost or flushed. It counts in
+// no part from 2^lowest_part on. Nor does it in any part, and a zero is an exact one, where all parts
+// of both factors are zeros or from 2^lowest_factor on.
+template <class E, bool conjugate, int lowest_part, int lowest_factor>
+struct MulInRange : MulBase<E, conjugate> {
+  using Base = MulBase<E, conjugate>;
+  using typename Base::V, typename Base::Flag;
+
+  // Small parts are mostly exact zeros, in packs without tiny factors in any order of lanes.
+  ORBA_INLINE static void confirm(Pairs<V> a, Pairs<V> b, Pairs<V> r, Flag& flag) {
+    if (!any(tiny(a.lo, a.hi) | tiny(b.lo, b.hi) | not_finite(r.lo, r.hi))) {
+      flag = Flag{};
+      return;
+    }
+    const Complex<V> x = split(a), y = split(b), z = split(r);
+    flag = flag & (tiny(x.re, x.im) | tiny(y.re, y.im) | not_finite(z.re, z.im));
+  }
+
+ protected:
+  ORBA_INLINE static Flag doubtful(Complex<V> r) {
+    return outside(size(r.re), size(r.im), high_word(lowest_part), kLargest);
+  }
+
+ private:
+  static constexpr bool is_double = sizeof(E) == 16;
+  static constexpr uint32_t kLargest = is_double ? 0x7fefffff : 0x7f7fffff;
+  static constexpr uint32_t high_word(int exponent) {
+    return is_double ? static_cast<uint32_t>(exponent + 1023) << 20
+                     : static_cast<uint32_t>(exponent + 127) << 23;
+  }
+  ORBA_INLINE static typename V::Bits size(V x) { return as_bits(abs(x)); }
+  ORBA_INLINE static Flag not_finite(V u, V v) { return outside(size(u), size(v), 0, kLargest); }
+  // One less than the bits of a zero is the largest unsigned number.
+  ORBA_INLINE static Flag tiny(V u, V v) {
+    const typename V::Bits one(1);
+    return outside(size(u) - one, size(v) - one, high_word(lowest_factor), 0xffffffff);
+  }
+};
+
+template <class E, bool conjugate>
+using MulFastRange =
+    MulInRange<E, conjugate, sizeof(E) == 16 ? -980 : -108, sizeof(E) == 16 ? -500 : -60>;
+
+template <class E, bool conjugate>
+struct MulFast : MulFastRange<E, conjugate> {
+  using Base = MulFastRange<E, conjugate>;
+  using typename Base::V;
+  ORBA_INLINE static Pairs<V> eval(Pairs<V> a, Pairs<V> b, typename Base::Flag& flag) {
+    const Complex<V> r = product_fused(split(a), Base::second_factor(b));
+    flag = flag | Base::doubtful(r);
+    return join(r);
+  }
+};
+
+// Flushed tails are below 2^-110 of a part.
+template <bool conjugate>
+using MulWithTails = MulInRange<KamComplex16, conjugate, -912, -440>;
 
 template <bool conjugate>
-struct MulKahan : MulBase<KamComplex16, conjugate> {
-  using Base = MulBase<KamComplex16, conjugate>;
+struct MulKahan : MulWithTails<conjugate> {
+  using Base = MulWithTails<conjugate>;
   ORBA_INLINE static Pairs<F64> eval(Pairs<F64> a, Pairs<F64> b, M64& flag) {
     const Complex<F64> x = split(a), y = Base::second_factor(b);
     const F64 w = x.im * y.im, v = x.im * y.re;
     // Rounding errors are taken off in both parts: adding a +0 would lose the sign of a zero.
     const Complex<F64> r{mul_sub(x.re, y.re, w) - mul_sub(x.im, y.im, w),
                          mul_add(x.re, y.im, v) - neg_mul_add(x.im, y.re, v)};
-    flag = flag | out_of_range<kLowestPairs>(x, y, r);
+    flag = flag | Base::doubtful(r);
     return join(r);
   }
 };
 
-// Without FMA factors are split as well: their tails may be flushed, and splitting makes a NaN of a
-// large number, beside a zero too.
-ORBA_INLINE M64 out_of_split_range(Complex<F64> a, Complex<F64> b, Complex<F64> r) {
-  const F64 lowest = pow2(kLowestPairs), size = abs(r.re) + abs(r.im);
-  const F64 smaller = min(abs(a.re) + abs(a.im), abs(b.re) + abs(b.im));
-  return (((size < lowest) | (smaller < lowest)) & (smaller != F64(0))) |
-         ~(size < F64(__builtin_inf()));
-}
-
 template <bool conjugate>
-struct MulPairs : MulBase<KamComplex16, conjugate> {
-  using Base = MulBase<KamComplex16, conjugate>;
+struct MulPairs : MulWithTails<conjugate> {
+  using Base = MulWithTails<conjugate>;
   ORBA_INLINE static Pairs<F64> eval(Pairs<F64> a, Pairs<F64> b, M64& flag) {
     const Complex<F64> x = split(a), y = Base::second_factor(b);
     const Pair<F64> re = sum_of_products(x.re, y.re, negate(x.im), y.im);
     const Pair<F64> im = sum_of_products(x.re, y.im, x.im, y.re);
     const Complex<F64> r{total(re), total(im)};
-    if constexpr (kFused)
-      flag = flag | out_of_range<kLowestPairs>(x, y, r);
-    else
-      flag = flag | out_of_split_range(x, y, r);
+    flag = flag | Base::doubtful(r);
+    if constexpr (!kFused) {  // factors are split as well, and their tails may be flushed
+      const F64 smallest = min(min(abs(x.re), abs(x.im)), min(abs(y.re), abs(y.im)));
+      flag = flag | (smallest < F64(pow2(-912)));
+    }
     return join(r);
   }
 };

@@ -11,6 +11,9 @@
 //                                  is ever special
 //   eval(a [, b], Flag&)           the branch-free computation on one pack, for any input; it ORs
 //                                  into Flag the lanes whose result it can't vouch for
+//   confirm(a [, b], y, Flag&)     (optional) a closer look at a pack with a flag, for an eval whose
+//                                  test is cheap but not sharp: it takes back the flags of lanes of
+//                                  which the result y holds after all
 //   eval_rare(a [, b], Flag&)      (optional) a second vector road for lanes that eval has flagged, such
 //                                  as huge arguments; it sets Flag to the lanes that it can't vouch for
 //                                  either. It runs out of line, in whole rounds on flagged lanes that
@@ -110,6 +113,19 @@ constexpr bool has_rare_road = requires(F f, typename F::Flag flag, const typena
   f.eval_rare(load_for<F>(p), load_for<F>(p), flag);
 };
 
+template <class F>
+constexpr bool has_confirm = requires(F f, typename F::Flag flag, const typename F::In* p) {
+  f.confirm(load_for<F>(p), load_for<F>(p), load_for<F>(p), flag);
+};
+
+// The flags that remain after the closer look at an evaluation, if there is one.
+template <class F, class Y, class... Live>
+ORBA_INLINE void confirm_pack(const F& f, const Arrays<F>& x, int64_t i, const Y& y,
+                              typename F::Flag& flag, Live... live) {
+  if constexpr (has_confirm<F>)
+    f.confirm(load_for<F>(x.a + i, live...), load_for<F>(x.b + i, live...), y, flag);
+}
+
 // Out of line, so that the road's registers and constants are no burden on the callouts' loop.
 template <class F, class... Live>
 __attribute__((noinline)) auto eval_rare_pack(const F& f, const Arrays<F>& x, int64_t i,
@@ -137,8 +153,12 @@ ORBA_INLINE int64_t rounds(const F& f, const Arrays<F>& x, int64_t i, int64_t en
     ORBA_UNROLL
     for (int u = 0; u < F::unroll; ++u) y[u] = eval_pack(f, x, i + u * eval_size<F>, flag);
     if constexpr (has_flags<F>) {
-      if (any(flag)) [[unlikely]]
-        return i;
+      if (any(flag)) [[unlikely]] {
+        if constexpr (!has_confirm<F>) return i;
+        static_assert(!has_confirm<F> || F::unroll == 1);
+        confirm_pack(f, x, i, y[0], flag);
+        if (any(flag)) return i;
+      }
     }
     ORBA_UNROLL
     for (int u = 0; u < F::unroll; ++u) store_results(x, i + u * eval_size<F>, y[u]);
@@ -223,6 +243,7 @@ ORBA_INLINE void run_pack(const F& f, const Arrays<F>& x, int64_t i, FloatEnviro
   auto y = eval_pack(f, x, i, flag, live...);
   if constexpr (has_flags<F>) {
     const int count = (eval_size<F> + ... + (live - eval_size<F>));
+    if (has_confirm<F> && any(flag)) confirm_pack(f, x, i, y, flag, live...);
     uint32_t flagged = element_bits(flag) & ((2u << (count - 1)) - 1);
     if constexpr (has_rare_road<F>) {
       if (flagged != 0) [[unlikely]] {
@@ -432,19 +453,19 @@ ORBA_INLINE void run_kernel(int32_t n, const Arrays<F>& x, const char* name, con
 // row and accuracy:
 //   ORBA_KERNEL       the kernel that runs a function, given by its type
 //   ORBA_SAME_KERNEL  for an accuracy that shares the kernel of another
-//   ORBA_ENTRY        the head of an entry whose body follows in braces, with the shape's parameters
+//   ORBA_KERNEL_ENTRY        the head of an entry whose body follows in braces, with the shape's parameters
 // The accuracy is ALL where the row of the function table says that there is only one kernel.
-#define ORBA_ENTRY(shape, t, Name, accuracy) \
+#define ORBA_KERNEL_ENTRY(shape, t, Name, accuracy) \
   extern "C" void ORBA_KERNEL_NAME(v##t##Name, accuracy)(int32_t n ORBA_PARAMETERS(shape, t))
 #define ORBA_KERNEL(shape, t, Name, accuracy, ...)                    \
-  ORBA_ENTRY(shape, t, Name, accuracy) {                              \
+  ORBA_KERNEL_ENTRY(shape, t, Name, accuracy) {                       \
     using namespace orba::ORBA_CLASS_NAMESPACE;                       \
     using Function = __VA_ARGS__;                                     \
     run_kernel(n, Arrays<Function>{ORBA_ARRAYS(shape)}, "v" #t #Name, \
                Function{ORBA_SCALARS(shape)});                        \
   }
 #define ORBA_SAME_KERNEL(shape, t, Name, accuracy, same_as) \
-  ORBA_ENTRY(shape, t, Name, accuracy)                      \
+  ORBA_KERNEL_ENTRY(shape, t, Name, accuracy)               \
   __attribute__((alias(ORBA_STRING(ORBA_KERNEL_NAME(v##t##Name, same_as)))));
 
 #define ORBA_KERNEL_NAME_(class_name, row, accuracy) orba_##class_name##_##row##_##accuracy

@@ -118,7 +118,7 @@ ORBA_INLINE void run_plain(int32_t n, const E* a, const E* b, E* r) {
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
 #define ORBA_PLAIN_KERNEL(shape, t, Name, Op)                                          \
-  ORBA_ENTRY(shape, t, Name, ALL) {                                                    \
+  ORBA_KERNEL_ENTRY(shape, t, Name, ALL) {                                             \
     using namespace orba::ORBA_CLASS_NAMESPACE;                                        \
     const Arrays<Plain<Op, orba::vector::Type_##t::Element>> x = {ORBA_ARRAYS(shape)}; \
     run_plain<Op>(n, x.a, x.b, x.y);                                                   \

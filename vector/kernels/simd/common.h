@@ -45,6 +45,23 @@ ORBA_INLINE M32 outside(I32 a, uint32_t lo, uint32_t hi) {
   return (a - I32(static_cast<int32_t>(lo ^ 0x80000000u))) >
          I32(static_cast<int32_t>((hi - lo) ^ 0x80000000u));
 }
+// The same for one of two numbers or both.
+ORBA_INLINE M64 outside(I64 a, I64 b, uint32_t lo, uint32_t hi) {
+#if ORBA_CLASS < 2
+  return outside(a, lo, hi) | outside(b, lo, hi);
+#else
+  const I64 bias(static_cast<int64_t>(static_cast<uint64_t>(lo ^ 0x80000000u) << 32));
+  return high_above(max_words(a - bias, b - bias), static_cast<int32_t>((hi - lo) ^ 0x80000000u));
+#endif
+}
+ORBA_INLINE M32 outside(I32 a, I32 b, uint32_t lo, uint32_t hi) {
+#if ORBA_CLASS < 2
+  return outside(a, lo, hi) | outside(b, lo, hi);
+#else
+  const I32 bias(static_cast<int32_t>(lo ^ 0x80000000u));
+  return max_words(a - bias, b - bias) > I32(static_cast<int32_t>((hi - lo) ^ 0x80000000u));
+#endif
+}
 
 // Powers of two in hexadecimal constants read best; these build them from an exponent.
 constexpr double pow2(int e) {

@@ -134,6 +134,11 @@ ORBA_INLINE I32 operator-(I32 a, I32 b) { return _mm_sub_epi32(a.v, b.v); }
 ORBA_INLINE I32 operator&(I32 a, I32 b) { return _mm_and_si128(a.v, b.v); }
 ORBA_INLINE I32 operator|(I32 a, I32 b) { return _mm_or_si128(a.v, b.v); }
 ORBA_INLINE I32 operator^(I32 a, I32 b) { return _mm_xor_si128(a.v, b.v); }
+#if ORBA_CLASS >= 2
+// The larger of every two 32-bit words, as signed numbers.
+ORBA_INLINE I64 max_words(I64 a, I64 b) { return _mm_max_epi32(a.v, b.v); }
+ORBA_INLINE I32 max_words(I32 a, I32 b) { return _mm_max_epi32(a.v, b.v); }
+#endif
 template <int k>
 ORBA_INLINE I64 shl(I64 a) {
   return _mm_slli_epi64(a.v, k);

@@ -132,6 +132,9 @@ ORBA_INLINE I32 operator-(I32 a, I32 b) { return _mm256_sub_epi32(a.v, b.v); }
 ORBA_INLINE I32 operator&(I32 a, I32 b) { return _mm256_and_si256(a.v, b.v); }
 ORBA_INLINE I32 operator|(I32 a, I32 b) { return _mm256_or_si256(a.v, b.v); }
 ORBA_INLINE I32 operator^(I32 a, I32 b) { return _mm256_xor_si256(a.v, b.v); }
+// The larger of every two 32-bit words, as signed numbers.
+ORBA_INLINE I64 max_words(I64 a, I64 b) { return _mm256_max_epi32(a.v, b.v); }
+ORBA_INLINE I32 max_words(I32 a, I32 b) { return _mm256_max_epi32(a.v, b.v); }
 template <int k>
 ORBA_INLINE I64 shl(I64 a) {
   return _mm256_slli_epi64(a.v, k);

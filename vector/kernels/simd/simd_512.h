@@ -123,6 +123,9 @@ ORBA_INLINE I32 operator-(I32 a, I32 b) { return _mm512_sub_epi32(a.v, b.v); }
 ORBA_INLINE I32 operator&(I32 a, I32 b) { return _mm512_and_si512(a.v, b.v); }
 ORBA_INLINE I32 operator|(I32 a, I32 b) { return _mm512_or_si512(a.v, b.v); }
 ORBA_INLINE I32 operator^(I32 a, I32 b) { return _mm512_xor_si512(a.v, b.v); }
+// The larger of every two 32-bit words, as signed numbers.
+ORBA_INLINE I64 max_words(I64 a, I64 b) { return _mm512_max_epi32(a.v, b.v); }
+ORBA_INLINE I32 max_words(I32 a, I32 b) { return _mm512_max_epi32(a.v, b.v); }
 // Masked forms have a defined source operand: g++ 12 warns of the undefined one inside its own
 // unmasked intrinsics.
 template <int k>
