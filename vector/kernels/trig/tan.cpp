@@ -33,8 +33,8 @@ ORBA_INLINE F64 with_tangent_sign(F64 y, F64 x, I64 quadrant) {
 }
 
 template <bool exact>
-ORBA_INLINE F64 tangent(F64 x, const Reduced& r) {
-  const SineCosine y = sine_cosine<exact>(r);
+ORBA_INLINE F64 tangent(F64 x, const Reduced<F64>& r) {
+  const SineCosine<F64> y = sine_cosine<exact>(r);
   const M64 odd = is_odd(r.quadrant);
   const Pair<F64> above = {select(odd, y.cosine.hi, y.sine.hi),
                            select(odd, y.cosine.lo, y.sine.lo)};
@@ -91,7 +91,7 @@ struct TanPairs : TanBase<true> {
 struct TanRatio : TanBase<false> {
   ORBA_INLINE static F64 eval(F64 x, M64& flag) {
     flag = flag | not_le(abs(x), F64(128000.0));
-    const Reduced r = reduce_short(x);
+    const Reduced<F64> r = reduce_short(x);
     return tangent_by_ratio<false>(r.hi, r.quadrant, kTangentNumerator, kTangentDenominator);
   }
 };
@@ -128,9 +128,9 @@ struct TanSingleShort : TanSingle {
   ORBA_INLINE static F32 eval(F32 x, M32& flag) {
     const F32 a = abs(x);
     flag = flag | not_le(a, F32(10000.0f));
-    const ReducedSingle r = reduce_single(a);
-    const F32 z = r.r * r.r;
-    const F32 n = r.r * horner(z, kTangentFNumerator);
+    const Reduced<F32> r = reduce_short(a);
+    const F32 z = r.hi * r.hi;
+    const F32 n = r.hi * horner(z, kTangentFNumerator);
     const F32 d = horner(z, kTangentFDenominator);
     const M32 odd = is_odd(r.quadrant);
     const F32 y = select(odd, d, n) * approx_recip(select(odd, n, d));
