@@ -25,7 +25,7 @@ struct SinCosBase {
   using Flag = typename V::Mask;
   static constexpr int inputs = 1;
   static constexpr int outputs = 1;
-  static constexpr int unroll = kClass == 5 ? 1 : kClass == 3 ? 2 : 4;
+  static constexpr int unroll = kClass == 5 ? 3 : kClass == 3 ? 2 : 4;
 
   ORBA_INLINE static V in_quadrant(V x, Reduced<V> r) {
     if constexpr (cosine) {

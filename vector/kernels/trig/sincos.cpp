@@ -50,7 +50,7 @@ struct SinCosBase {
   using Flag = typename V::Mask;
   static constexpr int inputs = 1;
   static constexpr int outputs = 2;
-  static constexpr int unroll = kClass == 5 ? 1 : 2;
+  static constexpr int unroll = 2;
   ORBA_INLINE static Results<V> eval_rare(V x, Flag& flag) {
     flag = flag | not_finite(x);
     return precise<exact>(x, reduce_huge(abs(x)));

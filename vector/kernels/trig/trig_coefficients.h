@@ -117,6 +117,18 @@ constexpr double kTangentOfQuarterTurnsNumerator[] = {
     0x1.921fb54d2b3dbp0, -0x1.b8fa6f7e366f3p-2, 0x1.4b9fc8bb70e01p-7};
 constexpr double kTangentOfQuarterTurnsDenominator[] = {0x1p0, -0x1.18bc4418cafe2p0, 0x1.8bd23188b34f9p-4};
 
+constexpr double kTangentPairNumeratorSecond = -0x1.0c46dca3f1941p-3;
+
+// The rest of kTangentPairNumerator, |x| <= 0.78564453125, error below 2^-61.
+constexpr double kTangentPairNumeratorSeries[] = {
+    0x1.98bc7307e36c9p-9, -0x1.765d5d2b3104p-17, -0x1.3365ee12f2052p-26};
+
+constexpr double kTangentPairDenominatorSecond = -0x1.db78c3a74e1f6p-2;
+
+// The rest of kTangentPairDenominator, |x| <= 0.78564453125, error below 2^-61.
+constexpr double kTangentPairDenominatorSeries[] = {
+    0x1.92686eaa148fp-6, -0x1.0c79fce8d64a2p-12};
+
 constexpr float kMinusSixthF = -0x1.555556p-3f;
 
 // sin x from degree 5 in steps of two, |x| <= 0.786376953125, error below 2^-32.
@@ -130,6 +142,18 @@ constexpr float kSineWholeSeriesF[] = {
 // cos x from degree 4 in steps of two, |x| <= 0.786376953125, error below 2^-33.
 constexpr float kCosineSeriesF[] = {
     0x1.55554ap-5f, -0x1.6c0c2ep-10f, 0x1.99eab2p-16f};
+
+constexpr float kTangentPairFNumeratorSecond = -0x1.c81824p-4f;
+
+// The rest of kTangentPairFNumerator, |x| <= 0.786376953125, error below 2^-30.
+constexpr float kTangentPairFNumeratorSeries[] = {
+    0x1.19a95p-10f};
+
+constexpr float kTangentPairFDenominatorSecond = -0x1.c75b5ep-2f;
+
+// The rest of kTangentPairFDenominator, |x| <= 0.786376953125, error below 2^-30.
+constexpr float kTangentPairFDenominatorSeries[] = {
+    0x1.05a3e8p-6f};
 
 // sin x from degree 3 in steps of two, |x| <= 0.78564453125, error below 2^-19.
 constexpr float kSineShortSeriesF[] = {
