@@ -62,6 +62,10 @@ set_source_files_properties(
   ${PROJECT_SOURCE_DIR}/services/threads/thread_count.cpp ${PROJECT_SOURCE_DIR}/vector/frame/threader.cpp
   ${PROJECT_SOURCE_DIR}/services/verbose.cpp ${PROJECT_SOURCE_DIR}/statistics/frame/threading.cpp
   PROPERTIES COMPILE_OPTIONS "${OpenMP_CXX_FLAGS}")
+# Chains of dependent operations longer than the processor looks ahead: the packs of a round interleaved.
+file(GLOB ORBA_LONG_CHAINS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/vector/kernels/trig/*.cpp)
+set_source_files_properties(${ORBA_LONG_CHAINS} PROPERTIES COMPILE_OPTIONS
+  "$<$<CXX_COMPILER_ID:GNU>:-fschedule-insns;-fsched-pressure>")
 orba_add_class_objects(orba_kernels ${ORBA_KERNEL_SOURCES})
 
 set(ORBA_OBJECTS $<TARGET_OBJECTS:orba_base>)

@@ -9,8 +9,8 @@
 // With a power of two of rows the index counts modulo that number, so the bits of a shifted sum
 // serve as they are; with any other number of rows the index has to lie in the table.
 //
-// Small tables live in registers: on class 5 up to 32 rows, on class 3 up to 16 rows of floats.
-// Others are read from memory, on classes 0 to 3 by scalar loads: no slower than a gather
+// Small tables live in registers: on class 5 up to 32 rows, on class 3 up to 16 rows of floats, and two
+// rows of either type. Others are read from memory, on classes 0 to 3 by scalar loads: no slower than a gather
 // instruction, and a pair then costs little more than a single number. Rows of several numbers are
 // read as they stand and transposed: on classes 0 to 3 two numbers at a time, on class 5 four. Rows
 // of plain data start at a multiple of 16 bytes, those of four numbers and more at one of 32 (float:
@@ -26,7 +26,7 @@ namespace {
 template <class E, int rows>
 struct Table {
   static constexpr bool in_registers =
-      kClass == 5 ? rows <= 32 : kClass == 3 && sizeof(E) == 4 && rows <= 16;
+      kClass == 5 ? rows <= 32 : kClass == 3 && (rows == 2 || (sizeof(E) == 4 && rows <= 16));
   alignas(64) E row[rows];
 };
 
@@ -50,10 +50,17 @@ struct Row {
 
 #if ORBA_CLASS == 5
 
+// Two rows over and over: permutations within 128 bits, which go by the second bit of a 64-bit control,
+// the two lowest ones of a 32-bit control.
+ORBA_INLINE F64 alternating(double a, double b) { return _mm512_setr4_pd(a, b, a, b); }
+ORBA_INLINE F32 alternating(float a, float b) { return _mm512_setr4_ps(a, b, a, b); }
+
 template <int rows>
 ORBA_INLINE F64 lookup_in_registers(const double* row, I64 index) {
-  static_assert(rows == 8 || rows == 16 || rows == 32);
-  if constexpr (rows == 8) {
+  static_assert(rows == 2 || rows == 8 || rows == 16 || rows == 32);
+  if constexpr (rows == 2) {
+    return _mm512_maskz_permutevar_pd(0xff, alternating(row[0], row[1]).v, shl<1>(index).v);
+  } else if constexpr (rows == 8) {
     return _mm512_maskz_permutexvar_pd(0xff, index.v, _mm512_load_pd(row));
   } else if constexpr (rows == 16) {
     return _mm512_permutex2var_pd(_mm512_load_pd(row), index.v, _mm512_load_pd(row + 8));
@@ -65,8 +72,10 @@ ORBA_INLINE F64 lookup_in_registers(const double* row, I64 index) {
 }
 template <int rows>
 ORBA_INLINE F32 lookup_in_registers(const float* row, I32 index) {
-  static_assert(rows == 16 || rows == 32);
-  if constexpr (rows == 16)
+  static_assert(rows == 2 || rows == 16 || rows == 32);
+  if constexpr (rows == 2)
+    return _mm512_maskz_permutevar_ps(0xffff, alternating(row[0], row[1]).v, index.v);
+  else if constexpr (rows == 16)
     return _mm512_maskz_permutexvar_ps(0xffff, index.v, _mm512_load_ps(row));
   else
     return _mm512_permutex2var_ps(_mm512_load_ps(row), index.v, _mm512_load_ps(row + 16));
@@ -132,9 +141,19 @@ ORBA_INLINE void lookup_four(const float* table, I32 index, F32* word) {
 
 #  if ORBA_CLASS == 3
 
+// Two rows as on class 5.
+template <int rows>
+ORBA_INLINE F64 lookup_in_registers(const double* row, I64 index) {
+  static_assert(rows == 2);
+  return _mm256_permutevar_pd(_mm256_setr_pd(row[0], row[1], row[0], row[1]), shl<1>(index).v);
+}
 template <int rows>
 ORBA_INLINE F32 lookup_in_registers(const float* row, I32 index) {
-  static_assert(rows == 8 || rows == 16);
+  static_assert(rows == 2 || rows == 8 || rows == 16);
+  if constexpr (rows == 2) {
+    const float a = row[0], b = row[1];
+    return _mm256_permutevar_ps(_mm256_setr_ps(a, b, a, b, a, b, a, b), index.v);
+  }
   const __m256 low = _mm256_permutevar8x32_ps(_mm256_load_ps(row), index.v);
   if constexpr (rows == 8) return low;
   const __m256 high = _mm256_permutevar8x32_ps(_mm256_load_ps(row + 8), index.v);

@@ -2,7 +2,7 @@
 //
 //   |x| = n*pi + r for the sine, (n - 1/2)*pi + r for the cosine, |r| <= pi/2: (-1)^n * sin r
 //
-// At LA and HA a float is computed as a double, by the fraction f of a turn that is left, sin(pi*f):
+// At LA and HA without FMA a float is computed as a double, by the fraction f of a turn that is left, sin(pi*f):
 // a float times the first word of 1/pi is exact, so that little is to be done for f.
 #pragma once
 
@@ -61,10 +61,6 @@ ORBA_INLINE HalfTurns<V> reduce_half(V a) {
 
 // A float's fraction of half or quarter turns, |f| <= 1/2, good to 2^-52 of itself; `turns` has their
 // number in its lowest bits. Shifted by half a unit for the cosine by half turns.
-struct Fraction {
-  F64 f;
-  I64 turns;
-};
 template <bool shifted>
 ORBA_INLINE Fraction fraction_of_turns(F64 x, double first, double second) {
   const F64 product = x * F64(first);
@@ -93,12 +89,12 @@ ORBA_INLINE Fraction quarter_turns(F64 x) {
   return fraction_of_turns<false>(x, kQuarterTurns1, kQuarterTurns2);
 }
 ORBA_INLINE Fraction quarter_turns_of_huge(F64 x) {
-  const Reduced r = reduce_huge(abs(x));
+  const Fraction r = reduce_huge_single(abs(x));
   const I64 sign = sign_of(x);
   // A negative argument counts its turns backwards.
   const I64 all =
       as_bits(select(F64::Mask(is_odd(shr<63>(sign))), F64(as_float(I64(-1))), F64(0.0)));
-  return {with_sign(r.hi * F64(kPerQuarterTurn), sign), (r.quadrant ^ all) - all};
+  return {with_sign(r.f, sign), (r.turns ^ all) - all};
 }
 
 // r + r^3*(c[0] + c[1]*r^2 + ...)

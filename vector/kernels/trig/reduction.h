@@ -16,15 +16,17 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
+template <class V>
 struct Reduced {
-  I64 quadrant;  // its two lowest bits count
-  F64 hi, lo;
+  typename V::Bits quadrant;  // its two lowest bits count
+  V hi, lo;
 };
 
 // The lowest bit of every lane as a mask.
 #if ORBA_CLASS == 5
-ORBA_INLINE M64 is_odd(I64 a) { return {_mm512_test_epi64_mask(a.v, _mm512_set1_epi64(1))}; }
-ORBA_INLINE M32 is_odd(I32 a) { return {_mm512_test_epi32_mask(a.v, _mm512_set1_epi32(1))}; }
+// A denormal as the bit to test: a constant in memory, where an integer costs a move from another unit.
+ORBA_INLINE M64 is_odd(I64 a) { return {_mm512_test_epi64_mask(a.v, as_bits(F64(0x1p-1074)).v)}; }
+ORBA_INLINE M32 is_odd(I32 a) { return {_mm512_test_epi32_mask(a.v, as_bits(F32(0x1p-149f)).v)}; }
 #elif ORBA_CLASS == 3
 ORBA_INLINE M64 is_odd(I64 a) { return {as_float(shl<63>(a)).v}; }
 ORBA_INLINE M32 is_odd(I32 a) { return {as_float(shl<31>(a)).v}; }
@@ -41,29 +43,44 @@ ORBA_INLINE M32 is_odd(I32 a) {
 constexpr double kShifter64 = 0x1.8p52;  // x + it: x rounded, its integer in the lowest bits
 constexpr float kShifter32 = 0x1.8p23f;
 
-// 0 <= a <= 2^24, without FMA up to 65537. The first word takes a difference that is exact; of the
-// second the product is exact, so that the sum's error is.
-ORBA_INLINE Reduced reduce(F64 a) {
-  const F64 t = mul_add(a, F64(kPerQuarterTurn), F64(kShifter64));
-  const F64 n = t - F64(kShifter64);
+template <class V>
+struct QuarterTurns;
+template <>
+struct QuarterTurns<F64> {
+  static constexpr double shifter = kShifter64, per_turn = kPerQuarterTurn;
+  static constexpr double words[] = {kQuarterTurn1, kQuarterTurn2, kQuarterTurn3};
+};
+template <>
+struct QuarterTurns<F32> {
+  static constexpr float shifter = kShifter32, per_turn = kPerQuarterTurnF;
+  static constexpr float words[] = {kQuarterTurnF1, kQuarterTurnF2, kQuarterTurnF3};
+};
+
+// 0 <= a <= 2^24, without FMA doubles up to 65537 alone; floats up to 10000. The first word takes a
+// difference that is exact; of the second the product is exact, so that the sum's error is.
+template <class V>
+ORBA_INLINE Reduced<V> reduce(V a) {
+  using Q = QuarterTurns<V>;
+  const V t = mul_add(a, V(Q::per_turn), V(Q::shifter));
+  const V n = t - V(Q::shifter);
   if constexpr (kFused) {
-    const F64 rest = neg_mul_add(n, F64(kQuarterTurn1), a);
-    const F64 hi = neg_mul_add(n, F64(kQuarterTurn2), rest);
-    const F64 error = neg_mul_add(n, F64(kQuarterTurn2), rest - hi);
-    return {as_bits(t), hi, neg_mul_add(n, F64(kQuarterTurn3), error)};
+    const V rest = neg_mul_add(n, V(Q::words[0]), a);
+    const V hi = neg_mul_add(n, V(Q::words[1]), rest);
+    const V error = neg_mul_add(n, V(Q::words[1]), rest - hi);
+    return {as_bits(t), hi, neg_mul_add(n, V(Q::words[2]), error)};
   } else {
-    const F64 rest = a - n * F64(kQuarterTurnShort1);
-    const F64 second = n * F64(kQuarterTurnShort2);
-    const F64 hi = rest - second;
-    const F64 error = (rest - hi) - second;
-    const F64 lo = (error - n * F64(kQuarterTurnShort3)) - n * F64(kQuarterTurnShort4);
+    const V rest = a - n * V(kQuarterTurnShort1);
+    const V second = n * V(kQuarterTurnShort2);
+    const V hi = rest - second;
+    const V error = (rest - hi) - second;
+    const V lo = (error - n * V(kQuarterTurnShort3)) - n * V(kQuarterTurnShort4);
     return {as_bits(t), hi, lo};
   }
 }
 
 // hi alone, a relative error near 2^-53 but for arguments next to a multiple of pi/2: there the
 // error is 2^-83*a/2^24.
-ORBA_INLINE Reduced reduce_short(F64 a) {
+ORBA_INLINE Reduced<F64> reduce_short(F64 a) {
   const F64 t = mul_add(a, F64(kPerQuarterTurn), F64(kShifter64));
   const F64 n = t - F64(kShifter64);
   if constexpr (kFused) {
@@ -76,16 +93,12 @@ ORBA_INLINE Reduced reduce_short(F64 a) {
   }
 }
 
-// The same for half precision of floats, 0 <= a <= 10000, by FMA.
-struct ReducedSingle {
-  I32 quadrant;
-  F32 r;
-};
-ORBA_INLINE ReducedSingle reduce_single(F32 a) {
+// The same for floats up to 10000, by FMA.
+ORBA_INLINE Reduced<F32> reduce_short(F32 a) {
   const F32 t = mul_add(a, F32(kPerQuarterTurnF), F32(kShifter32));
   const F32 n = t - F32(kShifter32);
   const F32 rest = neg_mul_add(n, F32(kQuarterTurnF2), neg_mul_add(n, F32(kQuarterTurnF1), a));
-  return {as_bits(t), neg_mul_add(n, F32(kQuarterTurnF3), rest)};
+  return {as_bits(t), neg_mul_add(n, F32(kQuarterTurnF3), rest), F32(0.0f)};
 }
 
 #if ORBA_CLASS >= 3
@@ -156,7 +169,7 @@ ORBA_INLINE Window read_window(I64 offset) {
 // 192 bits of 1/(2 pi) that begins just above the last whole turn gives the turn's fraction, modulo
 // 1: a tail of 2^-131 is lost of it, and no argument comes closer to a multiple of pi/2 than 2^-60
 // (J.-M. Muller, Elementary Functions, 3rd ed., 11.3.2).
-ORBA_INLINE Reduced reduce_huge(F64 a) {
+ORBA_INLINE Reduced<F64> reduce_huge(F64 a) {
   const I64 bits = as_bits(max(a, F64(1.0)));
   const I64 word = int64_t{0xffffffff};
 
@@ -194,6 +207,38 @@ ORBA_INLINE Reduced reduce_huge(F64 a) {
       radians.hi, radians.lo + mul_add(sum.hi, F64(kTurn2), (sum.lo + d0) * F64(kTurn1)));
   return {shr<62>(turns), r.hi, r.lo};
 }
+
+// The same for a that is a float, in quarter turns f instead of radians. Half as many digits do: a float
+// comes no closer to a multiple of pi/2 than 2^-31 turns, and a tail of 2^-63 is lost.
+struct Fraction {
+  F64 f;
+  I64 turns;
+};
+ORBA_INLINE Fraction reduce_huge_single(F64 a) {
+  const I64 bits = as_bits(max(a, F64(1.0)));
+  const I64 word = int64_t{0xffffffff};
+  const I64 position = shr<52>(bits) - I64(int64_t{990});
+  const Window w = read_window(I64(int64_t{128}) - shr<3>(position));
+  const I64 significand =
+      shr<29>((bits & I64(int64_t{0xfffffffffffff})) | I64(int64_t{0x10000000000000}));
+  const I64 m = shift_left(significand, position & I64(int64_t{7}));
+  const I64 turns = mul_low_words(m, w.top) + shl<32>(mul_low_words(m, shr<32>(w.top))) +
+                    shr<32>(mul_low_words(m, shr<32>(w.middle))) + I64(int64_t{1} << 61);
+  const F64 high = as_float((shr<32>(turns) & I64(int64_t{0x3fffffff})) | as_bits(F64(0x1p22))) -
+                   F64(0x1p22 + 0.5);
+  const F64 low = as_float((turns & word) | as_bits(F64(0x1p-10))) - F64(0x1p-10);
+  return {high + low, shr<62>(turns)};
+}
+#if ORBA_CLASS >= 3
+ORBA_INLINE Reduced<F32> reduce_huge(F32 a) {
+  const Fraction low = reduce_huge_single(widen_low(a)), high = reduce_huge_single(widen_high(a));
+  const F64 r0 = low.f * F64(kQuarterTurn1), r1 = high.f * F64(kQuarterTurn1);
+  const F32 hi = narrow(r0, r1);
+  const F32 lo = narrow(r0 - widen_low(hi), r1 - widen_high(hi));
+  const F32 turns = narrow(to_double_52(low.turns), to_double_52(high.turns));
+  return {as_bits(turns + F32(kShifter32)), hi, lo};
+}
+#endif
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE

@@ -4,8 +4,8 @@
 // double HA   table          table            quadrant, exact
 // double LA   as HA          as HA            quadrant
 // double EP   as HA          half turns, 4    half turns, 4
-// single HA   half turns, 5  half turns, 5    half turns, 5
-// single LA   as HA          as HA            as HA
+// single HA   half turns, 5  half turns, 5    quadrant, exact
+// single LA   as HA          as HA            quadrant
 // single EP   as HA          half turns, 2    half turns, 2
 //
 // with the number of coefficients of the one polynomial. Beyond a bound the second vector road reduces
@@ -18,58 +18,58 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-template <bool cosine, bool exact>
-struct SinCosDouble {
-  using In = double;
-  using Out = double;
-  using Flag = M64;
+template <class V, bool cosine, bool exact>
+struct SinCosBase {
+  using In = typename V::Element;
+  using Out = In;
+  using Flag = typename V::Mask;
   static constexpr int inputs = 1;
   static constexpr int outputs = 1;
-  static constexpr int unroll = kClass == 5 ? 1 : kClass == 3 ? 2 : 4;
+  static constexpr int unroll = kClass == 5 ? 3 : kClass == 3 ? 2 : 4;
 
-  ORBA_INLINE static F64 in_quadrant(F64 x, const Reduced& r) {
+  ORBA_INLINE static V in_quadrant(V x, Reduced<V> r) {
     if constexpr (cosine) {
-      const F64 y = cosine_or_sine<exact>(is_odd(r.quadrant + I64(int64_t{1})), r);
-      return with_sign(y, cosine_sign(r.quadrant));
+      r.quadrant = r.quadrant + typename V::Bits(1);
+      return with_sign(cosine_or_sine<exact>(r), sine_sign(r.quadrant));
     } else {
-      const F64 y = cosine_or_sine<exact>(is_odd(r.quadrant), r);
-      return with_sign(y, sine_sign(r.quadrant) ^ sign_of(x));
+      return with_sign(cosine_or_sine<exact>(r), sine_sign(r.quadrant) ^ sign_of(x));
     }
   }
-  ORBA_INLINE static F64 eval_rare(F64 x, M64& flag) {
+  ORBA_INLINE static V eval_rare(V x, Flag& flag) {
     flag = flag | not_finite(x);
     return in_quadrant(x, reduce_huge(abs(x)));
   }
-  static int32_t callout(const double* a, double* y) { return classify(*a, y); }
+  static int32_t callout(const In* a, In* y) { return classify(*a, y); }
 };
 
-template <bool cosine, bool exact>
-struct SinCosPrecise : SinCosDouble<cosine, exact> {
-  static constexpr double bound = exact || !kFused ? 0x1.00000e4db24cp16 : cosine ? 0x1p23 : 0x1p24;
-  ORBA_INLINE static F64 eval(F64 x, M64& flag) {
-    const F64 a = abs(x);
-    flag = flag | not_le(a, F64(bound));
+template <class V, bool cosine, bool exact>
+struct SinCosPrecise : SinCosBase<V, cosine, exact> {
+  static constexpr typename V::Element bound = sizeof(typename V::Element) == 4 ? 10000
+                                               : exact || !kFused ? 0x1.00000e4db24cp16
+                                               : cosine           ? 0x1p23
+                                                                  : 0x1p24;
+  ORBA_INLINE static V eval(V x, typename V::Mask& flag) {
+    const V a = abs(x);
+    flag = flag | not_le(a, V(bound));
     return SinCosPrecise::in_quadrant(x, reduce(a));
   }
 };
 
 template <bool cosine>
-struct SinCosShort : SinCosDouble<cosine, false> {
+struct SinCosShort : SinCosBase<F64, cosine, false> {
   ORBA_INLINE static F64 eval(F64 x, M64& flag) {
     flag = flag | not_le(abs(x), F64(0x1p24));
     return by_half_turns<cosine>(x, cosine ? kHalfTurnSeriesToOne4 : kHalfTurnSeries4);
   }
 };
 
+#if ORBA_CLASS >= 3
 template <bool cosine>
-struct SinCosSingle {
-  using In = float;
-  using Out = float;
-  using Flag = M32;
-  static constexpr int inputs = 1;
-  static constexpr int outputs = 1;
-  static constexpr int unroll = kClass == 5 ? 1 : 2;
-
+using SinCosSingle = SinCosPrecise<F32, cosine, true>;
+#else
+template <bool cosine>
+struct SinCosSingle : SinCosBase<F32, cosine, true> {
+  static constexpr int unroll = 2;
   ORBA_INLINE static F32 eval(F32 x, M32& flag) {
     flag = flag | not_le(abs(x), F32(10000.0f));
     return narrow(of_single<cosine>(widen_low(x)), of_single<cosine>(widen_high(x)));
@@ -78,7 +78,6 @@ struct SinCosSingle {
     flag = flag | not_finite(x);
     return narrow(huge(widen_low(x)), huge(widen_high(x)));
   }
-  static int32_t callout(const float* a, float* y) { return classify(*a, y); }
 
  private:
   ORBA_INLINE static F64 huge(F64 x) {
@@ -90,6 +89,7 @@ struct SinCosSingle {
       return with_sign(select(is_odd(q.turns), y.cosine, y.sine), sine_sign(q.turns));
   }
 };
+#endif
 
 template <bool cosine>
 struct SinCosSingleShort : SinCosSingle<cosine> {
@@ -104,10 +104,13 @@ struct SinCosSingleShort : SinCosSingle<cosine> {
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
 #if ORBA_CLASS >= 3
-#  define ORBA_SIN_COS_LA(Name, cosine) \
-    ORBA_KERNEL(1i_1o, d, Name, LA, SinCosPrecise<cosine, false>)
+#  define ORBA_SIN_COS_LA(Name, cosine)                                \
+    ORBA_KERNEL(1i_1o, d, Name, LA, SinCosPrecise<F64, cosine, false>) \
+    ORBA_KERNEL(1i_1o, s, Name, LA, SinCosPrecise<F32, cosine, false>)
 #else
-#  define ORBA_SIN_COS_LA(Name, cosine) ORBA_SAME_KERNEL(1i_1o, d, Name, LA, HA)
+#  define ORBA_SIN_COS_LA(Name, cosine)      \
+    ORBA_SAME_KERNEL(1i_1o, d, Name, LA, HA) \
+    ORBA_SAME_KERNEL(1i_1o, s, Name, LA, HA)
 #endif
 #if ORBA_CLASS >= 2
 #  define ORBA_SIN_COS_EP(Name, cosine)                  \
@@ -118,9 +121,8 @@ struct SinCosSingleShort : SinCosSingle<cosine> {
     ORBA_SAME_KERNEL(1i_1o, d, Name, EP, HA) \
     ORBA_SAME_KERNEL(1i_1o, s, Name, EP, HA)
 #endif
-#define ORBA_SIN_COS_KERNELS(Name, cosine)                     \
-  ORBA_KERNEL(1i_1o, d, Name, HA, SinCosPrecise<cosine, true>) \
-  ORBA_SIN_COS_LA(Name, cosine)                                \
-  ORBA_KERNEL(1i_1o, s, Name, HA, SinCosSingle<cosine>)        \
-  ORBA_SAME_KERNEL(1i_1o, s, Name, LA, HA)                     \
+#define ORBA_SIN_COS_KERNELS(Name, cosine)                          \
+  ORBA_KERNEL(1i_1o, d, Name, HA, SinCosPrecise<F64, cosine, true>) \
+  ORBA_SIN_COS_LA(Name, cosine)                                     \
+  ORBA_KERNEL(1i_1o, s, Name, HA, SinCosSingle<cosine>)             \
   ORBA_SIN_COS_EP(Name, cosine)

@@ -5,9 +5,10 @@
 // double HA   table     table     quadrant, exact
 // double LA   as HA     as HA     quadrant
 // double EP   as HA     short     short
-// single HA   short, in double precision, on all classes
-// single LA   as HA     as HA     as HA
-// single EP   as HA     as HA     short, in single precision
+// single HA   short*    short*    quadrant, exact
+// single LA   as HA     as HA     quadrant
+// single EP   as HA     as HA     short
+// * in double precision
 #include "vector/kernels/trig/half_turns.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
@@ -32,45 +33,47 @@ ORBA_INLINE Results<V> in_quadrant(V x, V sine, V cosine, typename V::Bits quadr
           y.second};
 }
 
-template <bool exact>
-ORBA_INLINE Results<F64> precise(F64 x, const Reduced& r) {
-  const SineCosine y = sine_cosine<exact>(r);
+template <bool exact, class V>
+ORBA_INLINE Results<V> precise(V x, const Reduced<V>& r) {
+  const SineCosine<V> y = sine_cosine<exact>(r);
   return in_quadrant(x, rounded(y.sine), rounded(y.cosine), r.quadrant);
 }
-ORBA_INLINE Results<F64> brief(F64 x, const Reduced& r) {
+ORBA_INLINE Results<F64> brief(F64 x, const Reduced<F64>& r) {
   const F64 z = r.hi * r.hi;
   return in_quadrant(x, short_sine(r.hi, z), short_cosine(z), r.quadrant);
 }
 
-template <bool exact>
+template <class V, bool exact>
 struct SinCosBase {
-  using In = double;
-  using Out = double;
-  using Flag = M64;
+  using In = typename V::Element;
+  using Out = In;
+  using Flag = typename V::Mask;
   static constexpr int inputs = 1;
   static constexpr int outputs = 2;
-  static constexpr int unroll = kClass == 5 ? 1 : 2;
-  ORBA_INLINE static Results<F64> eval_rare(F64 x, M64& flag) {
+  static constexpr int unroll = 2;
+  ORBA_INLINE static Results<V> eval_rare(V x, Flag& flag) {
     flag = flag | not_finite(x);
     return precise<exact>(x, reduce_huge(abs(x)));
   }
-  static int32_t callout(const double* a, double* y, double* z) {
+  static int32_t callout(const In* a, In* y, In* z) {
     classify(*a, z);
     return classify(*a, y);
   }
 };
 
-template <bool exact>
-struct SinCosBoth : SinCosBase<exact> {
-  static constexpr double bound = exact || !kFused ? 0x1.00000e4db24cp16 : 0x1p23;
-  ORBA_INLINE static Results<F64> eval(F64 x, M64& flag) {
-    const F64 a = abs(x);
-    flag = flag | not_le(a, F64(bound));
+template <class V, bool exact>
+struct SinCosBoth : SinCosBase<V, exact> {
+  static constexpr typename V::Element bound = sizeof(typename V::Element) == 4 ? 10000
+                                               : exact || !kFused ? 0x1.00000e4db24cp16
+                                                                  : 0x1p23;
+  ORBA_INLINE static Results<V> eval(V x, typename V::Mask& flag) {
+    const V a = abs(x);
+    flag = flag | not_le(a, V(bound));
     return precise<exact>(x, reduce(a));
   }
 };
 
-struct SinCosBothShort : SinCosBase<false> {
+struct SinCosBothShort : SinCosBase<F64, false> {
   ORBA_INLINE static Results<F64> eval(F64 x, M64& flag) {
     const F64 a = abs(x);
     flag = flag | not_le(a, F64(0x1p23));
@@ -78,12 +81,10 @@ struct SinCosBothShort : SinCosBase<false> {
   }
 };
 
-struct SinCosBothSingle {
-  using In = float;
-  using Out = float;
-  using Flag = M32;
-  static constexpr int inputs = 1;
-  static constexpr int outputs = 2;
+#if ORBA_CLASS >= 3
+using SinCosBothSingle = SinCosBoth<F32, true>;
+#else
+struct SinCosBothSingle : SinCosBase<F32, true> {
   static constexpr int unroll = 1;
   ORBA_INLINE static Results<F32> joined(const Fraction& lo, const Fraction& hi) {
     const Circle a = of_fraction(lo.f), b = of_fraction(hi.f);
@@ -99,20 +100,17 @@ struct SinCosBothSingle {
     flag = flag | not_finite(x);
     return joined(quarter_turns_of_huge(widen_low(x)), quarter_turns_of_huge(widen_high(x)));
   }
-  static int32_t callout(const float* a, float* y, float* z) {
-    classify(*a, z);
-    return classify(*a, y);
-  }
 };
+#endif
 
-struct SinCosBothSingleShort : SinCosBothSingle {
+struct SinCosBothSingleShort : SinCosBase<F32, false> {
   static constexpr int unroll = 2;
   ORBA_INLINE static Results<F32> eval(F32 x, M32& flag) {
     const F32 a = abs(x);
     flag = flag | not_le(a, F32(10000.0f));
-    const ReducedSingle r = reduce_single(a);
-    const F32 z = r.r * r.r;
-    const F32 sine = odd_polynomial(r.r, kSineShortSeriesF);
+    const Reduced<F32> r = reduce_short(a);
+    const F32 z = r.hi * r.hi;
+    const F32 sine = odd_polynomial(r.hi, kSineShortSeriesF);
     const F32 cosine =
         mul_add(mul_add(F32(kCosineShortSeriesF[1]), z, F32(kCosineShortSeriesF[0])), z, F32(1.0f));
     return in_quadrant(x, sine, cosine, r.quadrant);
@@ -122,14 +120,15 @@ struct SinCosBothSingleShort : SinCosBothSingle {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_KERNEL(1i_2o, d, SinCos, HA, SinCosBoth<true>)
+ORBA_KERNEL(1i_2o, d, SinCos, HA, SinCosBoth<F64, true>)
 ORBA_KERNEL(1i_2o, s, SinCos, HA, SinCosBothSingle)
-ORBA_SAME_KERNEL(1i_2o, s, SinCos, LA, HA)
 #if ORBA_CLASS >= 3
-ORBA_KERNEL(1i_2o, d, SinCos, LA, SinCosBoth<false>)
+ORBA_KERNEL(1i_2o, d, SinCos, LA, SinCosBoth<F64, false>)
+ORBA_KERNEL(1i_2o, s, SinCos, LA, SinCosBoth<F32, false>)
 ORBA_KERNEL(1i_2o, s, SinCos, EP, SinCosBothSingleShort)
 #else
 ORBA_SAME_KERNEL(1i_2o, d, SinCos, LA, HA)
+ORBA_SAME_KERNEL(1i_2o, s, SinCos, LA, HA)
 ORBA_SAME_KERNEL(1i_2o, s, SinCos, EP, HA)
 #endif
 #if ORBA_CLASS >= 2

@@ -5,97 +5,134 @@
 //   sin r = r - r*z/6 + r*z^2*S(z),    cos r = 1 - z/2 + z^2*C(z),
 //
 // the first two terms as a head and its error, so that the polynomials only add little. At HA the
-// errors of z and r*z count too.
+// error of z counts too. At LA the sine is a plain sum, and where only one of both is wanted the cosine
+// is 1 - 2 sin^2(r/2), so that all lanes have one polynomial.
 // Without FMA such errors are dear: r = j*pi/32 + s, and the addition theorem with a table of 17
 // rows, whose terms beyond the first one are small enough to be rounded.
 #pragma once
 
 #include "vector/kernels/contract/kernel.h"
 #include "vector/kernels/contract/scalar.h"
+#include "vector/kernels/simd/lookup.h"
 #include "vector/kernels/simd/polynomial.h"
 #include "vector/kernels/trig/reduction.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
+template <class V>
 struct SineCosine {
-  Pair<F64> sine, cosine;  // heads and tails, not yet added
+  Pair<V> sine, cosine;  // heads and tails, not yet added
 };
 
-// start + factor*(second + z*series(z)) and slope*lo, second*factor_error: one form for both functions,
-// so that lanes can choose before the polynomial is evaluated.
+template <class V>
+ORBA_INLINE V rounded(Pair<V> a) {
+  return a.hi + a.lo;
+}
+
+template <class V>
+struct Series;
+template <>
+struct Series<F64> {
+  static constexpr auto &sine = kSineSeries, &cosine = kCosineSeries, &whole = kSineWholeSeries;
+  static constexpr double minus_sixth = kMinusSixth;
+};
+template <>
+struct Series<F32> {
+  static constexpr auto &sine = kSineSeriesF, &cosine = kCosineSeriesF, &whole = kSineWholeSeriesF;
+  static constexpr float minus_sixth = kMinusSixthF;
+};
+
+// z = hi^2 and, for the exact forms, its error.
+template <bool exact, class V>
+ORBA_INLINE Pair<V> square(V hi) {
+  const V z = hi * hi;
+  return {z, exact ? mul_sub(hi, hi, z) : V(0.0f)};
+}
+
+// start + factor*(second + z*series(z)) + slope*lo, where factor is start*z. The polynomial comes last:
+// all else is there long before it.
+template <class V>
 struct Terms {
-  F64 start, factor, factor_error, second, slope;
-  F64 series[6];
+  V start;
+  Pair<V> factor;
+  V second, slope;
 };
-
-template <bool exact, bool sloping = true>
-ORBA_INLINE Pair<F64> sum_terms(const Terms& t, F64 z, F64 lo) {
-  Pair<F64> y;
-  if constexpr (exact) {
-    y.hi = mul_add(t.factor, t.second, t.start);
-    y.lo = mul_add(t.factor, t.second, t.start - y.hi);
-  } else {
-    y = fast_two_sum(t.start, t.factor * t.second);
-  }
-  y.lo = mul_add(t.factor, z * horner(z, t.series), y.lo);
-  y.lo = sloping ? mul_add(lo, t.slope, y.lo) : y.lo + lo;
-  if constexpr (exact) y.lo = mul_add(t.factor_error, t.second, y.lo);
-  return y;
+template <bool exact, class V, class C, int count>
+ORBA_INLINE Pair<V> sum_terms(const Terms<V>& t, V z, V lo, const C (&series)[count]) {
+  const V head = mul_add(t.factor.hi, t.second, t.start);
+  V tail = mul_add(t.factor.hi, t.second, t.start - head);
+  if constexpr (exact) tail = mul_add(t.factor.lo, t.second, tail);
+  tail = mul_add(lo, t.slope, tail);
+  return {head, mul_add(t.factor.hi * z, in_pairs(z, z * z, series), tail)};
+}
+template <class V>
+ORBA_INLINE Terms<V> sine_terms(V hi, Pair<V> z) {
+  return {hi, {hi * z.hi, hi * z.lo}, Series<V>::minus_sixth, neg_mul_add(z.hi, V(0.5f), V(1.0f))};
+}
+template <class V>
+ORBA_INLINE Terms<V> cosine_terms(V hi, Pair<V> z) {
+  return {V(1.0f), z, V(-0.5f), negate(hi)};
 }
 
-template <bool exact>
-ORBA_INLINE Terms sine_terms(const Reduced& r, F64 z, F64 z_error) {
-  const F64 cube = r.hi * z;
-  Terms t = {r.hi, cube, cube, kMinusSixth, 1.0, {}};
-  if constexpr (exact) {
-    t.factor_error = mul_add(r.hi, z_error, mul_sub(r.hi, z, cube));
-    t.slope = neg_mul_add(z, F64(0.5), F64(1.0));
-  }
-  for (int i = 0; i < 6; ++i) t.series[i] = kSineSeries[i];
-  return t;
-}
-ORBA_INLINE Terms cosine_terms(const Reduced& r, F64 z, F64 z_error) {
-  Terms t = {1.0, z, z_error, -0.5, negate(r.hi), {}};
-  for (int i = 0; i < 6; ++i) t.series[i] = kCosineSeries[i];
-  return t;
-}
-
-ORBA_INLINE Terms select(M64 m, const Terms& a, const Terms& b) {
-  Terms t = {select(m, a.start, b.start),
-             select(m, a.factor, b.factor),
-             select(m, a.factor_error, b.factor_error),
-             select(m, a.second, b.second),
-             select(m, a.slope, b.slope),
-             {}};
+// The cosine where the quadrant is odd, else the sine; lanes choose the terms.
+template <class V>
+ORBA_INLINE V exact_by_quadrant(const Reduced<V>& r) {
+  using E = typename V::Element;
+  using S = Series<V>;
+  const Pair<V> z = square<true>(r.hi);
+  const auto odd = is_odd(r.quadrant);
+  const V start = select(odd, V(1.0f), r.hi);
+  Terms<V> terms = sine_terms(start, z);
+  terms.second = lookup(Table<E, 2>{S::minus_sixth, E(-0.5)}, r.quadrant);
+  terms.slope = select(odd, negate(r.hi), terms.slope);
+  constexpr int count = sizeof(S::sine) / sizeof(E);
+  V series[count];
   ORBA_UNROLL
-  for (int i = 0; i < 6; ++i) t.series[i] = select(m, a.series[i], b.series[i]);
-  return t;
+  for (int i = 0; i < count; ++i)
+    series[i] = lookup(Table<E, 2>{S::sine[i], S::cosine[i]}, r.quadrant);
+  return rounded(sum_terms<true>(terms, z.hi, r.lo, series));
+}
+
+// The sine within 0.75 units of the last place.
+template <class V>
+ORBA_INLINE Pair<V> plain_sine(V hi, V z, V lo) {
+  return {hi, mul_add(hi * z, in_pairs(z, z * z, Series<V>::whole), lo)};
+}
+
+// exact_by_quadrant, but within 0.95 units.
+template <class V>
+ORBA_INLINE V plain_by_quadrant(const Reduced<V>& r) {
+  const V half = 0.5f;
+  const auto odd = is_odd(r.quadrant);
+  const V h = select(odd, r.hi * half, r.hi), lo = select(odd, r.lo * half, r.lo);
+  const V sine = rounded(plain_sine(h, h * h, lo));
+  return select(odd, neg_mul_add(sine + sine, sine, V(1.0f)), sine);
 }
 
 // Row j of the table, j from -8 to 8.
-struct Row {
+struct TableRow {
   F64 sine, sine_tail, cosine, cosine_tail;
 };
 #if ORBA_CLASS < 3
-ORBA_INLINE Row read_row(I64 j) {
+ORBA_INLINE TableRow read_row(I64 j) {
   alignas(16) int64_t at[2];
   _mm_store_si128(reinterpret_cast<__m128i*>(at), j.v);
   const double *first = kSineCosineRows[at[0]], *second = kSineCosineRows[at[1]];
   const F64 sine0 = _mm_load_pd(first), sine1 = _mm_load_pd(second);
   const F64 cosine0 = _mm_load_pd(first + 2), cosine1 = _mm_load_pd(second + 2);
-  Row row;
+  TableRow row;
   deinterleave(sine0, sine1, row.sine, row.sine_tail);
   deinterleave(cosine0, cosine1, row.cosine, row.cosine_tail);
   return row;
 }
 
-ORBA_INLINE SineCosine sine_cosine_by_table(const Reduced& r) {
+ORBA_INLINE SineCosine<F64> sine_cosine_by_table(const Reduced<F64>& r) {
   // Small integers sit in the lowest bits of the shifted sum, 8 more of them make a row's index.
   const F64 shifter = 0x1.8p52 + 8;
   const F64 t = r.hi * F64(kPerTableStep) + shifter;
   const F64 j = t - shifter;
-  const Row row = read_row(as_bits(t) & I64(int64_t{31}));
+  const TableRow row = read_row(as_bits(t) & I64(int64_t{31}));
   const F64 s = r.hi - j * F64(kTableStep1);
   const F64 lo = r.lo - j * F64(kTableStep2);
   const F64 z = s * s;
@@ -120,34 +157,29 @@ ORBA_INLINE SineCosine sine_cosine_by_table(const Reduced& r) {
 }
 #endif
 
-// Both, within 2^-59 when `exact`, else 2^-54.
-template <bool exact>
-ORBA_INLINE SineCosine sine_cosine(const Reduced& r) {
+// Both, within 2^-59 (single: 2^-29) when `exact`, else 2^-54 (2^-25).
+template <bool exact, class V>
+ORBA_INLINE SineCosine<V> sine_cosine(const Reduced<V>& r) {
 #if ORBA_CLASS < 3
   return sine_cosine_by_table(r);
 #else
-  const F64 z = r.hi * r.hi;
-  const F64 z_error = mul_sub(r.hi, r.hi, z);
-  return {sum_terms<exact, exact>(sine_terms<exact>(r, z, z_error), z, r.lo),
-          sum_terms<exact>(cosine_terms(r, z, z_error), z, r.lo)};
+  using S = Series<V>;
+  const Pair<V> z = square<exact>(r.hi);
+  const Pair<V> cosine = sum_terms<exact>(cosine_terms(r.hi, z), z.hi, r.lo, S::cosine);
+  if constexpr (exact) return {sum_terms<true>(sine_terms(r.hi, z), z.hi, r.lo, S::sine), cosine};
+  return {plain_sine(r.hi, z.hi, r.lo), cosine};
 #endif
 }
 
-ORBA_INLINE F64 rounded(Pair<F64> a) { return a.hi + a.lo; }
-
-// The cosine where the mask is set, else the sine. On class 5 lanes choose the terms, which is cheaper
-// than two polynomials.
-template <bool exact>
-ORBA_INLINE F64 cosine_or_sine(M64 cosine, const Reduced& r) {
-  if constexpr (kClass == 5) {
-    const F64 z = r.hi * r.hi;
-    const F64 z_error = mul_sub(r.hi, r.hi, z);
-    return rounded(sum_terms<exact>(
-        select(cosine, cosine_terms(r, z, z_error), sine_terms<exact>(r, z, z_error)), z, r.lo));
-  } else {
-    const SineCosine y = sine_cosine<exact>(r);
-    return select(cosine, rounded(y.cosine), rounded(y.sine));
-  }
+// The cosine where the quadrant is odd, else the sine.
+template <bool exact, class V>
+ORBA_INLINE V cosine_or_sine(const Reduced<V>& r) {
+#if ORBA_CLASS < 3
+  const SineCosine<F64> y = sine_cosine<exact>(r);
+  return select(is_odd(r.quadrant), rounded(y.cosine), rounded(y.sine));
+#else
+  return exact ? exact_by_quadrant(r) : plain_by_quadrant(r);
+#endif
 }
 
 // Short forms of half precision: errors below 2^-27.
@@ -156,10 +188,22 @@ ORBA_INLINE F64 short_cosine(F64 z) { return mul_add(horner(z, kCosineShortSerie
 
 // Signs. The sine turns in the second half turn, the cosine in the middle one; `bit1` and its
 // neighbour as the sign bit.
-ORBA_INLINE I64 sine_sign(I64 quadrant) { return shl<62>(quadrant) & I64(INT64_MIN); }
-ORBA_INLINE I64 cosine_sign(I64 quadrant) { return sine_sign(quadrant + I64(int64_t{1})); }
-ORBA_INLINE F64 with_sign(F64 a, I64 sign) { return as_float(as_bits(a) ^ sign); }
-ORBA_INLINE I64 sign_of(F64 a) { return as_bits(a) & I64(INT64_MIN); }
+ORBA_INLINE I64 sign_bit_of(I64 a) { return a & I64(INT64_MIN); }
+ORBA_INLINE I32 sign_bit_of(I32 a) { return a & I32(INT32_MIN); }
+ORBA_INLINE I64 sine_sign(I64 quadrant) { return sign_bit_of(shl<62>(quadrant)); }
+ORBA_INLINE I32 sine_sign(I32 quadrant) { return sign_bit_of(shl<30>(quadrant)); }
+template <class I>
+ORBA_INLINE I cosine_sign(I quadrant) {
+  return sine_sign(quadrant + I(1));
+}
+template <class V>
+ORBA_INLINE V with_sign(V a, typename V::Bits sign) {
+  return as_float(as_bits(a) ^ sign);
+}
+template <class V>
+ORBA_INLINE typename V::Bits sign_of(V a) {
+  return sign_bit_of(as_bits(a));
+}
 
 // What callouts do with lanes that no road takes: NaN and infinities; all others stand as they are.
 template <class E>

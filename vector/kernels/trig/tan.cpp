@@ -1,23 +1,60 @@
 // Tan: the tangent of an angle in radians. KAM_STATUS_ERRDOM at infinities, which give NaN.
 //
-// sin/cos in even quadrants, -cos/sin in odd ones:
+// n/d in even quadrants, -d/n in odd ones, where n/d is the tangent of the reduced argument:
 //
-// class       0, 1      2         3, 5
-// double HA   pairs     pairs     pairs
-// double LA   as HA     as HA     as HA
-// double EP   as HA     ratio     ratio
-// single HA   ratio, in double precision, on all classes
-// single LA   as HA     as HA     as HA
-// single EP   as HA     as HA     ratio, in single precision
+// class       0, 1    2       3, 5
+// double HA   table   table   pairs, exact
+// double LA   as HA   as HA   pairs
+// double EP   as HA   ratio   ratio
+// single HA   ratio*  ratio*  pairs, exact
+// single LA   as HA   as HA   pairs
+// single EP   as HA   as HA   ratio
+// * in double precision
 //
-// pairs: the quotient of sine and cosine as pairs; ratio: r*N(r^2)/D(r^2), a rational function.
+// table: sine and cosine as pairs; ratio: r*N(r^2)/D(r^2), a rational function; pairs: that with n and d
+// as pairs.
 #include "vector/kernels/trig/half_turns.h"
 
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-// 1/a, relative error below 2^-41; exactly 1 for 1, so that small results don't pass through
-// smaller corrections.
+template <class V>
+struct Ratio;
+template <>
+struct Ratio<F64> {
+  static constexpr double second_above = kTangentPairNumeratorSecond;
+  static constexpr double second_below = kTangentPairDenominatorSecond;
+  static constexpr auto &above = kTangentPairNumeratorSeries,
+                        &below = kTangentPairDenominatorSeries;
+};
+template <>
+struct Ratio<F32> {
+  static constexpr float second_above = kTangentPairFNumeratorSecond;
+  static constexpr float second_below = kTangentPairFDenominatorSecond;
+  static constexpr auto &above = kTangentPairFNumeratorSeries,
+                        &below = kTangentPairFDenominatorSeries;
+};
+
+// A multiple of sine and cosine, heads and tails overlapping.
+template <bool exact, class V>
+ORBA_INLINE SineCosine<V> tangent_terms(const Reduced<V>& r) {
+#if ORBA_CLASS < 3
+  return sine_cosine<exact>(r);
+#else
+  using C = Ratio<V>;
+  const Pair<V> z = square<exact>(r.hi);
+  const Terms<V> above = {r.hi,
+                          {r.hi * z.hi, r.hi * z.lo},
+                          C::second_above,
+                          mul_add(z.hi, V(3 * C::second_above), V(1.0f))};
+  const Terms<V> below = {V(1.0f), z, C::second_below, r.hi * V(2 * C::second_below)};
+  return {sum_terms<exact>(above, z.hi, r.lo, C::above),
+          sum_terms<exact>(below, z.hi, r.lo, C::below)};
+#endif
+}
+
+// 1/a, relative error below 2^-41 (single: 2^-22); exactly 1 for 1, so that small results don't pass
+// through smaller corrections.
 ORBA_INLINE F64 reciprocal(F64 a) {
 #if ORBA_CLASS == 5
   const F64 y = approx_recip(a);
@@ -27,22 +64,20 @@ ORBA_INLINE F64 reciprocal(F64 a) {
   return F64(1.0) / a;
 #endif
 }
-
-ORBA_INLINE F64 with_tangent_sign(F64 y, F64 x, I64 quadrant) {
-  return with_sign(y, shl<63>(quadrant) ^ sign_of(x));
+ORBA_INLINE F32 reciprocal(F32 a) {
+  const F32 y = approx_recip(a);
+  return mul_add(y, neg_mul_add(a, y, F32(1.0f)), y);
 }
 
-template <bool exact>
-ORBA_INLINE F64 tangent(F64 x, const Reduced& r) {
-  const SineCosine y = sine_cosine<exact>(r);
-  const M64 odd = is_odd(r.quadrant);
-  const Pair<F64> above = {select(odd, y.cosine.hi, y.sine.hi),
-                           select(odd, y.cosine.lo, y.sine.lo)};
-  const Pair<F64> below = {select(odd, y.sine.hi, y.cosine.hi),
-                           select(odd, y.sine.lo, y.cosine.lo)};
-  // Heads and tails of sine and cosine overlap.
-  const Pair<F64> n = fast_two_sum(above.hi, above.lo), d = fast_two_sum(below.hi, below.lo);
-  return with_tangent_sign(rounded(quotient(n, d, reciprocal(d.hi))), x, r.quadrant);
+template <bool exact, class V>
+ORBA_INLINE V tangent(V x, const Reduced<V>& r) {
+  const SineCosine<V> y = tangent_terms<exact>(r);
+  const auto odd = is_odd(r.quadrant);
+  const Pair<V> above = {select(odd, y.cosine.hi, y.sine.hi), select(odd, y.cosine.lo, y.sine.lo)};
+  const Pair<V> below = {select(odd, y.sine.hi, y.cosine.hi), select(odd, y.sine.lo, y.cosine.lo)};
+  const Pair<V> n = fast_two_sum(above.hi, above.lo), d = fast_two_sum(below.hi, below.lo);
+  constexpr int shift = 8 * sizeof(typename V::Element) - 1;
+  return with_sign(rounded(quotient(n, d, reciprocal(d.hi))), shl<shift>(r.quadrant) ^ sign_of(x));
 }
 
 // Of r with its sign, the polynomials' errors being below 2^-29; the quotient's below 2^-28 for
@@ -65,43 +100,44 @@ ORBA_INLINE F64 tangent_by_ratio(F64 r, I64 quadrant, const double (&numerator)[
   return with_sign(y, shl<63>(quadrant));
 }
 
-template <bool exact>
+template <class V, bool exact>
 struct TanBase {
-  using In = double;
-  using Out = double;
-  using Flag = M64;
+  using In = typename V::Element;
+  using Out = In;
+  using Flag = typename V::Mask;
   static constexpr int inputs = 1;
   static constexpr int outputs = 1;
-  static constexpr int unroll = kClass == 5 ? 1 : 2;
-  ORBA_INLINE static F64 eval_rare(F64 x, M64& flag) {
+  static constexpr int unroll = kClass >= 3 ? 3 : 2;
+  ORBA_INLINE static V eval_rare(V x, Flag& flag) {
     flag = flag | not_finite(x);
     return tangent<exact>(x, reduce_huge(abs(x)));
   }
-  static int32_t callout(const double* a, double* y) { return classify(*a, y); }
+  static int32_t callout(const In* a, In* y) { return classify(*a, y); }
 };
 
-struct TanPairs : TanBase<true> {
-  ORBA_INLINE static F64 eval(F64 x, M64& flag) {
-    const F64 a = abs(x);
-    flag = flag | not_le(a, F64(0x1.00000e4db24cp16));
-    return tangent<true>(x, reduce(a));
+template <class V, bool exact>
+struct TanPairs : TanBase<V, exact> {
+  static constexpr typename V::Element bound =
+      sizeof(typename V::Element) == 4 ? 10000 : 0x1.00000e4db24cp16;
+  ORBA_INLINE static V eval(V x, typename V::Mask& flag) {
+    const V a = abs(x);
+    flag = flag | not_le(a, V(bound));
+    return tangent<exact>(x, reduce(a));
   }
 };
 
-struct TanRatio : TanBase<false> {
+struct TanRatio : TanBase<F64, false> {
   ORBA_INLINE static F64 eval(F64 x, M64& flag) {
     flag = flag | not_le(abs(x), F64(128000.0));
-    const Reduced r = reduce_short(x);
+    const Reduced<F64> r = reduce_short(x);
     return tangent_by_ratio<false>(r.hi, r.quadrant, kTangentNumerator, kTangentDenominator);
   }
 };
 
-struct TanSingle {
-  using In = float;
-  using Out = float;
-  using Flag = M32;
-  static constexpr int inputs = 1;
-  static constexpr int outputs = 1;
+#if ORBA_CLASS >= 3
+using TanSingle = TanPairs<F32, true>;
+#else
+struct TanSingle : TanBase<F32, true> {
   static constexpr int unroll = 1;
   ORBA_INLINE static F32 eval(F32 x, M32& flag) {
     flag = flag | not_le(abs(x), F32(10000.0f));
@@ -111,7 +147,6 @@ struct TanSingle {
     flag = flag | not_finite(x);
     return joined(quarter_turns_of_huge(widen_low(x)), quarter_turns_of_huge(widen_high(x)));
   }
-  static int32_t callout(const float* a, float* y) { return classify(*a, y); }
 
  private:
   ORBA_INLINE static F64 tangent(const Fraction& q) {
@@ -122,15 +157,16 @@ struct TanSingle {
     return narrow(tangent(lo), tangent(hi));
   }
 };
+#endif
 
-struct TanSingleShort : TanSingle {
+struct TanSingleShort : TanBase<F32, false> {
   static constexpr int unroll = 2;
   ORBA_INLINE static F32 eval(F32 x, M32& flag) {
     const F32 a = abs(x);
     flag = flag | not_le(a, F32(10000.0f));
-    const ReducedSingle r = reduce_single(a);
-    const F32 z = r.r * r.r;
-    const F32 n = r.r * horner(z, kTangentFNumerator);
+    const Reduced<F32> r = reduce_short(a);
+    const F32 z = r.hi * r.hi;
+    const F32 n = r.hi * horner(z, kTangentFNumerator);
     const F32 d = horner(z, kTangentFDenominator);
     const M32 odd = is_odd(r.quadrant);
     const F32 y = select(odd, d, n) * approx_recip(select(odd, n, d));
@@ -141,13 +177,15 @@ struct TanSingleShort : TanSingle {
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
-ORBA_KERNEL(1i_1o, d, Tan, HA, TanPairs)
+ORBA_KERNEL(1i_1o, d, Tan, HA, TanPairs<F64, true>)
 ORBA_KERNEL(1i_1o, s, Tan, HA, TanSingle)
-ORBA_SAME_KERNEL(1i_1o, s, Tan, LA, HA)
-ORBA_SAME_KERNEL(1i_1o, d, Tan, LA, HA)
 #if ORBA_CLASS >= 3
+ORBA_KERNEL(1i_1o, d, Tan, LA, TanPairs<F64, false>)
+ORBA_KERNEL(1i_1o, s, Tan, LA, TanPairs<F32, false>)
 ORBA_KERNEL(1i_1o, s, Tan, EP, TanSingleShort)
 #else
+ORBA_SAME_KERNEL(1i_1o, d, Tan, LA, HA)
+ORBA_SAME_KERNEL(1i_1o, s, Tan, LA, HA)
 ORBA_SAME_KERNEL(1i_1o, s, Tan, EP, HA)
 #endif
 #if ORBA_CLASS >= 2

@@ -6,7 +6,7 @@ namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
 // Quarter and half turns. By FMA a product with the first word, of full width, needs not be
-// exact by itself: the difference is. Second words leave room for quotients below 2^24 (2^14).
+// exact by itself: the difference is. Second words leave room for quotients below 2^24 (2^13).
 constexpr double kPerQuarterTurn = 0x1.45f306dc9c883p-1;
 constexpr double kPerHalfTurn = 0x1.45f306dc9c883p-2;
 constexpr float kPerQuarterTurnF = 0x1.45f306p-1f;
@@ -17,8 +17,8 @@ constexpr double kQuarterTurn3 = 0x1.45c06e0e68948p-86;
 constexpr double kHalfTurn1 = 0x1.921fb54442d18p1;
 constexpr double kHalfTurn2 = 0x1.1a62633145c07p-53;
 constexpr float kQuarterTurnF1 = 0x1.921fb4p0f;
-constexpr float kQuarterTurnF2 = 0x1.4442dp-24f;
-constexpr float kQuarterTurnF3 = 0x1.84698ap-48f;
+constexpr float kQuarterTurnF2 = 0x1.444p-24f;
+constexpr float kQuarterTurnF3 = 0x1.68c234p-39f;
 constexpr float kHalfTurnF1 = 0x1.921fb4p1f;
 constexpr float kHalfTurnF2 = 0x1.4442dp-23f;
 constexpr float kHalfTurnF3 = 0x1.84698ap-47f;
@@ -58,6 +58,11 @@ constexpr double kMinusSixth = -0x1.5555555555555p-3;
 constexpr double kSineSeries[] = {
     0x1.1111111111068p-7, -0x1.a01a019ffe09bp-13, 0x1.71de3a332ea0dp-19, -0x1.ae642b9d9191bp-26,
     0x1.61093d61d3a22p-33, -0x1.9fb84d84c24b1p-41};
+
+// sin x from degree 3 in steps of two, |x| <= 0.78564453125, error below 2^-57.
+constexpr double kSineWholeSeries[] = {
+    -0x1.5555555555548p-3, 0x1.111111110f76p-7, -0x1.a01a019bf2b76p-13, 0x1.71de355fa3f5bp-19,
+    -0x1.ae5e54ff406aap-26, 0x1.5d8e61f0b0f3ap-33};
 
 // cos x from degree 4 in steps of two, |x| <= 0.78564453125, error below 2^-64.
 constexpr double kCosineSeries[] = {
@@ -111,6 +116,44 @@ constexpr double kTangentDenominator[] = {0x1p0, -0x1.c71c71c71c71cp-2, 0x1.0410
 constexpr double kTangentOfQuarterTurnsNumerator[] = {
     0x1.921fb54d2b3dbp0, -0x1.b8fa6f7e366f3p-2, 0x1.4b9fc8bb70e01p-7};
 constexpr double kTangentOfQuarterTurnsDenominator[] = {0x1p0, -0x1.18bc4418cafe2p0, 0x1.8bd23188b34f9p-4};
+
+constexpr double kTangentPairNumeratorSecond = -0x1.0c46dca3f1941p-3;
+
+// The rest of kTangentPairNumerator, |x| <= 0.78564453125, error below 2^-61.
+constexpr double kTangentPairNumeratorSeries[] = {
+    0x1.98bc7307e36c9p-9, -0x1.765d5d2b3104p-17, -0x1.3365ee12f2052p-26};
+
+constexpr double kTangentPairDenominatorSecond = -0x1.db78c3a74e1f6p-2;
+
+// The rest of kTangentPairDenominator, |x| <= 0.78564453125, error below 2^-61.
+constexpr double kTangentPairDenominatorSeries[] = {
+    0x1.92686eaa148fp-6, -0x1.0c79fce8d64a2p-12};
+
+constexpr float kMinusSixthF = -0x1.555556p-3f;
+
+// sin x from degree 5 in steps of two, |x| <= 0.786376953125, error below 2^-32.
+constexpr float kSineSeriesF[] = {
+    0x1.111174p-7f, -0x1.a0596ap-13f, 0x1.7c376p-19f};
+
+// sin x from degree 3 in steps of two, |x| <= 0.786376953125, error below 2^-27.
+constexpr float kSineWholeSeriesF[] = {
+    -0x1.555546p-3f, 0x1.110776p-7f, -0x1.9952dcp-13f};
+
+// cos x from degree 4 in steps of two, |x| <= 0.786376953125, error below 2^-33.
+constexpr float kCosineSeriesF[] = {
+    0x1.55554ap-5f, -0x1.6c0c2ep-10f, 0x1.99eab2p-16f};
+
+constexpr float kTangentPairFNumeratorSecond = -0x1.c81824p-4f;
+
+// The rest of kTangentPairFNumerator, |x| <= 0.786376953125, error below 2^-30.
+constexpr float kTangentPairFNumeratorSeries[] = {
+    0x1.19a95p-10f};
+
+constexpr float kTangentPairFDenominatorSecond = -0x1.c75b5ep-2f;
+
+// The rest of kTangentPairFDenominator, |x| <= 0.786376953125, error below 2^-30.
+constexpr float kTangentPairFDenominatorSeries[] = {
+    0x1.05a3e8p-6f};
 
 // sin x from degree 3 in steps of two, |x| <= 0.78564453125, error below 2^-19.
 constexpr float kSineShortSeriesF[] = {
