@@ -22,6 +22,9 @@ __float128 asinq(__float128);
 __float128 acosq(__float128);
 __float128 atanq(__float128);
 __float128 atan2q(__float128, __float128);
+__float128 asinhq(__float128);
+__float128 acoshq(__float128);
+__float128 atanhq(__float128);
 }
 
 namespace orba::bench {
@@ -44,6 +47,9 @@ inline Real asin(Real x) { return asinq(x); }
 inline Real acos(Real x) { return acosq(x); }
 inline Real atan(Real x) { return atanq(x); }
 inline Real atan2(Real y, Real x) { return atan2q(y, x); }
+inline Real asinh(Real x) { return asinhq(x); }
+inline Real acosh(Real x) { return acoshq(x); }
+inline Real atanh(Real x) { return atanhq(x); }
 
 inline Real widen(double x) { return x; }
 inline Complex widen(KamComplex8 x) { return {x.real, x.imag}; }

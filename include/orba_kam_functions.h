@@ -315,3 +315,35 @@ void vdAtan2(int32_t n, const double* a, const double* b, double* y);
 void vmdAtan2(int32_t n, const double* a, const double* b, double* y, uint32_t mode);
 void vdatan2(const int32_t* n, const double* a, const double* b, double* y);
 void vmdatan2(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);
+
+/* Inverse hyperbolic sine ln(a + sqrt(a^2 + 1)) of any argument; zeros keep their sign. */
+void vsAsinh(int32_t n, const float* a, float* y);
+void vmsAsinh(int32_t n, const float* a, float* y, uint32_t mode);
+void vsasinh(const int32_t* n, const float* a, float* y);
+void vmsasinh(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdAsinh(int32_t n, const double* a, double* y);
+void vmdAsinh(int32_t n, const double* a, double* y, uint32_t mode);
+void vdasinh(const int32_t* n, const double* a, double* y);
+void vmdasinh(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Inverse hyperbolic cosine ln(a + sqrt(a^2 - 1)). Domain a >= 1, KAM_STATUS_ERRDOM below; 0 for 1
+ * exactly. */
+void vsAcosh(int32_t n, const float* a, float* y);
+void vmsAcosh(int32_t n, const float* a, float* y, uint32_t mode);
+void vsacosh(const int32_t* n, const float* a, float* y);
+void vmsacosh(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdAcosh(int32_t n, const double* a, double* y);
+void vmdAcosh(int32_t n, const double* a, double* y, uint32_t mode);
+void vdacosh(const int32_t* n, const double* a, double* y);
+void vmdacosh(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Inverse hyperbolic tangent ln((1 + a)/(1 - a))/2; zeros keep their sign. Domain -1 < a < 1,
+ * KAM_STATUS_ERRDOM outside; KAM_STATUS_SING at -1 and 1, with infinity of that sign. */
+void vsAtanh(int32_t n, const float* a, float* y);
+void vmsAtanh(int32_t n, const float* a, float* y, uint32_t mode);
+void vsatanh(const int32_t* n, const float* a, float* y);
+void vmsatanh(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdAtanh(int32_t n, const double* a, double* y);
+void vmdAtanh(int32_t n, const double* a, double* y, uint32_t mode);
+void vdatanh(const int32_t* n, const double* a, double* y);
+void vmdatanh(const int32_t* n, const double* a, double* y, const uint32_t* mode);

@@ -28,6 +28,10 @@ bool not_finite(const Lane& lane) { return !std::isfinite(lane.a[0]); }
 int beyond_one(const Lane& lane) {
   return std::abs(lane.a[0]) > 1 ? KAM_STATUS_ERRDOM : KAM_STATUS_OK;
 }
+int one_or_beyond(const Lane& lane) {
+  return std::abs(lane.a[0]) == 1 ? KAM_STATUS_SING : beyond_one(lane);
+}
+int below_one(const Lane& lane) { return lane.a[0] < 1 ? KAM_STATUS_ERRDOM : KAM_STATUS_OK; }
 int complex_quotient(const Lane& lane) {
   const bool zero = lane.b[0] == 0 && lane.b[1] == 0;
   const bool report = lane.overflow && lane.finite_inputs() && !zero;
@@ -120,6 +124,11 @@ const Oracle kOracles[] = {
     {"Acos", false, ORBA_UNARY(mpfr_acos), ORBA_WIDE(std::acos(x)), beyond_one},
     {"Atan", false, ORBA_UNARY(mpfr_atan), ORBA_WIDE(std::atan(x)), never},
     {"Atan2", false, ORBA_BINARY(mpfr_atan2), nullptr, never},
+    {"Asinh", false, ORBA_UNARY(mpfr_asinh), ORBA_WIDE(std::asinh(x)), never, kByMode, not_finite},
+    {"Acosh", false, ORBA_UNARY(mpfr_acosh), ORBA_WIDE(std::acosh(x)), below_one, kByMode,
+     [](const Lane& lane) { return !(lane.a[0] >= 1) || not_finite(lane); }},
+    {"Atanh", false, ORBA_UNARY(mpfr_atanh), ORBA_WIDE(std::atanh(x)), one_or_beyond, kByMode,
+     [](const Lane& lane) { return !(std::abs(lane.a[0]) < 1); }},
     {"Add", true, ORBA_PARTS(mpfr_add), nullptr, finite_overflow_but_ep},
     {"Sub", true, ORBA_PARTS(mpfr_sub), nullptr, finite_overflow_but_ep},
     {"Mul", true, multiply, nullptr, finite_overflow},

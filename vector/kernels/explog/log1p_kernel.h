@@ -36,27 +36,44 @@ ORBA_INLINE M32 log1p_special(const LogReduction<Data, F32>& reduction, F32 s) {
   return outside(as_bits(s), 0x00800000, 0x7e7fffff);
 }
 
-template <class Data, Accuracy accuracy, class V>
-ORBA_INLINE V log1p_of(V x, typename V::Mask& flag) {
+// ln(s.hi + s.lo) at LA and HA, with what `join` adds to the tail of the result. Lanes that
+// log1p_special names are flagged.
+template <class Data, Accuracy accuracy, class V, class Join>
+ORBA_INLINE V log_of_sum(Pair<V> s, typename V::Mask& flag, Join join) {
+  const LogReduction<Data, V> reduction(s.hi);
+  flag = flag | log1p_special(reduction, s.hi);
+  const V c = reduction.c(s.hi);
+  const V e = log_excess(c, s.hi);
+  Pair<V> log = reduction.log();
+  log.lo = join(log.lo);
+  if constexpr (accuracy == kLa) {
+    log.lo = mul_add(s.lo, neg_mul_add(c, e, c), log.lo);  // log(1 + f) - log(1 + e)
+    return log_sum<Data, kLa>(log, e);
+  }
+  const V rest = c * s.lo;
+  const V f = e + rest;
+  const V lost = rest - (f - e);
+  // d ln(1 + f) = df / (1 + f); what f adds to 1 counts in a table of few rows.
+  constexpr bool few_rows = kClass == 3 && sizeof(typename V::Element) == 4;
+  log.lo = log.lo + (few_rows ? neg_mul_add(lost, f, lost) : lost);
+  return log_sum<Data, kHa>(log, f);
+}
+
+// ln(1 + x) at EP, the sign of a zero aside.
+template <class Data, class V>
+ORBA_INLINE V short_log1p(V x, typename V::Mask& flag) {
   const Pair<V> s = log1p_sum(x);
   const LogReduction<Data, V> reduction(s.hi);
   flag = flag | log1p_special(reduction, s.hi);
   const V c = reduction.c(s.hi);
-  if constexpr (accuracy == kEp) {
-    const V f = kFused ? mul_add(c, x, c - 1) : log_excess(c, s.hi) + c * s.lo;
-    return with_sign_of(x, log_sum_ep<Data>(reduction.rounded_log(), f));
-  } else {
-    const V e = log_excess(c, s.hi);
-    Pair<V> log = reduction.log();
-    if constexpr (accuracy == kLa) {
-      log.lo = mul_add(s.lo, neg_mul_add(c, e, c), log.lo);  // log(1 + f) - log(1 + e)
-      return with_sign_of(x, log_sum<Data, kLa>(log, e));
-    }
-    const V rest = c * s.lo;
-    const V f = e + rest;
-    log.lo = log.lo + (rest - (f - e));
-    return with_sign_of(x, log_sum<Data, kHa>(log, f));
-  }
+  const V f = kFused ? mul_add(c, x, c - 1) : log_excess(c, s.hi) + c * s.lo;
+  return log_sum_ep<Data>(reduction.rounded_log(), f);
+}
+
+template <class Data, Accuracy accuracy, class V>
+ORBA_INLINE V log1p_of(V x, typename V::Mask& flag) {
+  if constexpr (accuracy == kEp) return with_sign_of(x, short_log1p<Data>(x, flag));
+  return with_sign_of(x, log_of_sum<Data, accuracy>(log1p_sum(x), flag, [](V lo) { return lo; }));
 }
 
 ORBA_COLD int32_t log1p_callout(const double* a, double* r) {

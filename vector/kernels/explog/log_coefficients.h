@@ -41,6 +41,10 @@ constexpr double kLog10SeriesEpSixteenths[] = {
 constexpr float kLnSeriesSixteenthsF[] = {
     -0x1.fffffep-2f, 0x1.55555p-2f, -0x1.002d8p-2f, 0x1.9a0beep-3f};
 
+// ln(1 + x)/x from x^1 on, |x| <= 3.040313720703125e-2, error below 2^-25.
+constexpr float kLnSeriesLaSixteenthsF[] = {
+    -0x1.fffffcp-2f, 0x1.557d8p-2f, -0x1.003958p-2f};
+
 // ln(1 + x)/x from x^0 on, |x| <= 3.040313720703125e-2, error below 2^-12.
 constexpr float kLnSeriesEpSixteenthsF[] = {
     0x1.000a1ap0f, -0x1.001e4cp-1f};

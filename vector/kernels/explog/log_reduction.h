@@ -71,6 +71,7 @@ struct LogNaturalSixteenthsSingle {
   static constexpr auto& log_2 = kLnOf2F;
   static constexpr auto& logs = kLnSixteenthsF;
   static constexpr auto& series = kLnSeriesSixteenthsF;
+  static constexpr auto& series_la = kLnSeriesLaSixteenthsF;
   static constexpr auto& rounded_log_2 = kLnOf2RoundedF;
   static constexpr auto& rounded_logs = kLnRoundedSixteenthsF;
   static constexpr auto& series_ep = kLnSeriesEpSixteenthsF;
@@ -217,7 +218,9 @@ class LogReduction {
 
   // -log(c), for a double also of x * 2^k_correction, in two words; for EP in one.
   ORBA_INLINE Pair<V> log() const { return log_at(k_); }
-  ORBA_INLINE Pair<V> log(double k_correction) const { return log_at(k_ + V(k_correction)); }
+  ORBA_INLINE Pair<V> log(double k_correction) const {
+    return log_at(k_ + V(static_cast<Element>(k_correction * unit)));
+  }
   ORBA_INLINE V rounded_log() const {
     if constexpr (requires { Data::rounded_logs; })
       return mul_add(k_, V(Data::rounded_log_2 / unit), lookup(Data::rounded_logs, index_));
