@@ -315,3 +315,99 @@ void vdAtan2(int32_t n, const double* a, const double* b, double* y);
 void vmdAtan2(int32_t n, const double* a, const double* b, double* y, uint32_t mode);
 void vdatan2(const int32_t* n, const double* a, const double* b, double* y);
 void vmdatan2(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);
+
+/* Largest whole number that is not above a. Exact, with the sign of a; raises the inexact exception
+ * where a is not whole (on processors with SSE4.2 and later). */
+void vsFloor(int32_t n, const float* a, float* y);
+void vmsFloor(int32_t n, const float* a, float* y, uint32_t mode);
+void vsfloor(const int32_t* n, const float* a, float* y);
+void vmsfloor(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdFloor(int32_t n, const double* a, double* y);
+void vmdFloor(int32_t n, const double* a, double* y, uint32_t mode);
+void vdfloor(const int32_t* n, const double* a, double* y);
+void vmdfloor(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Smallest whole number that is not below a. Exact, with the sign of a (-0.5 gives -0); the inexact
+ * exception as with Floor. */
+void vsCeil(int32_t n, const float* a, float* y);
+void vmsCeil(int32_t n, const float* a, float* y, uint32_t mode);
+void vsceil(const int32_t* n, const float* a, float* y);
+void vmsceil(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdCeil(int32_t n, const double* a, double* y);
+void vmdCeil(int32_t n, const double* a, double* y, uint32_t mode);
+void vdceil(const int32_t* n, const double* a, double* y);
+void vmdceil(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Whole part of a, towards zero. Exact, with the sign of a; the inexact exception as with Floor. */
+void vsTrunc(int32_t n, const float* a, float* y);
+void vmsTrunc(int32_t n, const float* a, float* y, uint32_t mode);
+void vstrunc(const int32_t* n, const float* a, float* y);
+void vmstrunc(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdTrunc(int32_t n, const double* a, double* y);
+void vmdTrunc(int32_t n, const double* a, double* y, uint32_t mode);
+void vdtrunc(const int32_t* n, const double* a, double* y);
+void vmdtrunc(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Whole number nearest to a, half away from zero. Exact, with the sign of a, without the inexact
+ * exception. */
+void vsRound(int32_t n, const float* a, float* y);
+void vmsRound(int32_t n, const float* a, float* y, uint32_t mode);
+void vsround(const int32_t* n, const float* a, float* y);
+void vmsround(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdRound(int32_t n, const double* a, double* y);
+void vmdRound(int32_t n, const double* a, double* y, uint32_t mode);
+void vdround(const int32_t* n, const double* a, double* y);
+void vmdround(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Whole number nearest to a, ties to the even one, whatever the caller's rounding mode. Exact, with the
+ * sign of a. NearbyInt does not raise the inexact exception, Rint does as Floor. */
+void vsNearbyInt(int32_t n, const float* a, float* y);
+void vmsNearbyInt(int32_t n, const float* a, float* y, uint32_t mode);
+void vsnearbyint(const int32_t* n, const float* a, float* y);
+void vmsnearbyint(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdNearbyInt(int32_t n, const double* a, double* y);
+void vmdNearbyInt(int32_t n, const double* a, double* y, uint32_t mode);
+void vdnearbyint(const int32_t* n, const double* a, double* y);
+void vmdnearbyint(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+void vsRint(int32_t n, const float* a, float* y);
+void vmsRint(int32_t n, const float* a, float* y, uint32_t mode);
+void vsrint(const int32_t* n, const float* a, float* y);
+void vmsrint(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdRint(int32_t n, const double* a, double* y);
+void vmdRint(int32_t n, const double* a, double* y, uint32_t mode);
+void vdrint(const int32_t* n, const double* a, double* y);
+void vmdrint(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Whole part of a, towards zero, and fraction, both with the sign of a. Exact, without the inexact
+ * exception. The fraction of an infinity is a zero. */
+void vsModf(int32_t n, const float* a, float* y, float* z);
+void vmsModf(int32_t n, const float* a, float* y, float* z, uint32_t mode);
+void vsmodf(const int32_t* n, const float* a, float* y, float* z);
+void vmsmodf(const int32_t* n, const float* a, float* y, float* z, const uint32_t* mode);
+void vdModf(int32_t n, const double* a, double* y, double* z);
+void vmdModf(int32_t n, const double* a, double* y, double* z, uint32_t mode);
+void vdmodf(const int32_t* n, const double* a, double* y, double* z);
+void vmdmodf(const int32_t* n, const double* a, double* y, double* z, const uint32_t* mode);
+
+/* (a*scalea + shifta) / (b*scaleb + shiftb), each operation rounded in this order, none of them fused;
+ * the same at every accuracy. No element is reported: a zero divisor gives infinity or NaN. A call under
+ * LA or HA leaves KAM_STATUS_ACCURACYWARNING unless it goes over several threads, as the accuracy of
+ * sums that cancel is not that of the mode. */
+void vsLinearFrac(int32_t n, const float* a, const float* b, float scalea, float shifta,
+                  float scaleb, float shiftb, float* y);
+void vmsLinearFrac(int32_t n, const float* a, const float* b, float scalea, float shifta,
+                   float scaleb, float shiftb, float* y, uint32_t mode);
+void vslinearfrac(const int32_t* n, const float* a, const float* b, const float* scalea,
+                  const float* shifta, const float* scaleb, const float* shiftb, float* y);
+void vmslinearfrac(const int32_t* n, const float* a, const float* b, const float* scalea,
+                   const float* shifta, const float* scaleb, const float* shiftb, float* y,
+                   const uint32_t* mode);
+void vdLinearFrac(int32_t n, const double* a, const double* b, double scalea, double shifta,
+                  double scaleb, double shiftb, double* y);
+void vmdLinearFrac(int32_t n, const double* a, const double* b, double scalea, double shifta,
+                   double scaleb, double shiftb, double* y, uint32_t mode);
+void vdlinearfrac(const int32_t* n, const double* a, const double* b, const double* scalea,
+                  const double* shifta, const double* scaleb, const double* shiftb, double* y);
+void vmdlinearfrac(const int32_t* n, const double* a, const double* b, const double* scalea,
+                   const double* shifta, const double* scaleb, const double* shiftb, double* y,
+                   const uint32_t* mode);
