@@ -6,9 +6,9 @@
  *   vmdAdd  runs under `mode` merged into the thread's mode, and merges the old word back: a field
  *           that was zero there keeps the value that `mode` gave it;
  *   vdadd, vmdadd  the same with everything but the arrays passed by pointer.
- * A negative n sets KAM_STATUS_BADSIZE, a null array KAM_STATUS_BADMEM; both are reported on the
- * standard output and leave all arrays as they are. With n = 0 nothing happens. What a function
- * makes of an element out of its domain is said with the function. */
+ * A negative n sets KAM_STATUS_BADSIZE, a null array KAM_STATUS_BADMEM (Pack and Unpack do not look);
+ * both are reported on the standard output and leave all arrays as they are. With n = 0 nothing
+ * happens. What a function makes of an element out of its domain is said with the function. */
 
 /* Sum a + b. IEEE 754 addition, correctly rounded at every accuracy.
  * Complex: KAM_STATUS_OVERFLOW at LA and HA when finite parts give an infinite part. */
@@ -411,3 +411,137 @@ void vdlinearfrac(const int32_t* n, const double* a, const double* b, const doub
 void vmdlinearfrac(const int32_t* n, const double* a, const double* b, const double* scalea,
                    const double* shifta, const double* scaleb, const double* shiftb, double* y,
                    const uint32_t* mode);
+
+/* y[i] = a[i * inca]: elements at equal distances, of any sign, counted in 64 bits. All Pack
+ * and Unpack functions move bits, whatever they mean, run in the calling thread and check n alone: a null
+ * array is no error that is reported. */
+void vsPackI(int32_t n, const float* a, int32_t inca, float* y);
+void vmsPackI(int32_t n, const float* a, int32_t inca, float* y, uint32_t mode);
+void vspacki(const int32_t* n, const float* a, const int32_t* inca, float* y);
+void vmspacki(const int32_t* n, const float* a, const int32_t* inca, float* y,
+              const uint32_t* mode);
+void vdPackI(int32_t n, const double* a, int32_t inca, double* y);
+void vmdPackI(int32_t n, const double* a, int32_t inca, double* y, uint32_t mode);
+void vdpacki(const int32_t* n, const double* a, const int32_t* inca, double* y);
+void vmdpacki(const int32_t* n, const double* a, const int32_t* inca, double* y,
+              const uint32_t* mode);
+void vcPackI(int32_t n, const KamComplex8* a, int32_t inca, KamComplex8* y);
+void vmcPackI(int32_t n, const KamComplex8* a, int32_t inca, KamComplex8* y, uint32_t mode);
+void vcpacki(const int32_t* n, const KamComplex8* a, const int32_t* inca, KamComplex8* y);
+void vmcpacki(const int32_t* n, const KamComplex8* a, const int32_t* inca, KamComplex8* y,
+              const uint32_t* mode);
+void vzPackI(int32_t n, const KamComplex16* a, int32_t inca, KamComplex16* y);
+void vmzPackI(int32_t n, const KamComplex16* a, int32_t inca, KamComplex16* y, uint32_t mode);
+void vzpacki(const int32_t* n, const KamComplex16* a, const int32_t* inca, KamComplex16* y);
+void vmzpacki(const int32_t* n, const KamComplex16* a, const int32_t* inca, KamComplex16* y,
+              const uint32_t* mode);
+
+/* y[j] = a[i] for the j-th i whose ma[i] is not 0: the elements that a mask selects. */
+void vsPackM(int32_t n, const float* a, const int32_t* ma, float* y);
+void vmsPackM(int32_t n, const float* a, const int32_t* ma, float* y, uint32_t mode);
+void vspackm(const int32_t* n, const float* a, const int32_t* ma, float* y);
+void vmspackm(const int32_t* n, const float* a, const int32_t* ma, float* y, const uint32_t* mode);
+void vdPackM(int32_t n, const double* a, const int32_t* ma, double* y);
+void vmdPackM(int32_t n, const double* a, const int32_t* ma, double* y, uint32_t mode);
+void vdpackm(const int32_t* n, const double* a, const int32_t* ma, double* y);
+void vmdpackm(const int32_t* n, const double* a, const int32_t* ma, double* y,
+              const uint32_t* mode);
+void vcPackM(int32_t n, const KamComplex8* a, const int32_t* ma, KamComplex8* y);
+void vmcPackM(int32_t n, const KamComplex8* a, const int32_t* ma, KamComplex8* y, uint32_t mode);
+void vcpackm(const int32_t* n, const KamComplex8* a, const int32_t* ma, KamComplex8* y);
+void vmcpackm(const int32_t* n, const KamComplex8* a, const int32_t* ma, KamComplex8* y,
+              const uint32_t* mode);
+void vzPackM(int32_t n, const KamComplex16* a, const int32_t* ma, KamComplex16* y);
+void vmzPackM(int32_t n, const KamComplex16* a, const int32_t* ma, KamComplex16* y, uint32_t mode);
+void vzpackm(const int32_t* n, const KamComplex16* a, const int32_t* ma, KamComplex16* y);
+void vmzpackm(const int32_t* n, const KamComplex16* a, const int32_t* ma, KamComplex16* y,
+              const uint32_t* mode);
+
+/* y[i] = a[ia[i]]: elements by an index vector. */
+void vsPackV(int32_t n, const float* a, const int32_t* ia, float* y);
+void vmsPackV(int32_t n, const float* a, const int32_t* ia, float* y, uint32_t mode);
+void vspackv(const int32_t* n, const float* a, const int32_t* ia, float* y);
+void vmspackv(const int32_t* n, const float* a, const int32_t* ia, float* y, const uint32_t* mode);
+void vdPackV(int32_t n, const double* a, const int32_t* ia, double* y);
+void vmdPackV(int32_t n, const double* a, const int32_t* ia, double* y, uint32_t mode);
+void vdpackv(const int32_t* n, const double* a, const int32_t* ia, double* y);
+void vmdpackv(const int32_t* n, const double* a, const int32_t* ia, double* y,
+              const uint32_t* mode);
+void vcPackV(int32_t n, const KamComplex8* a, const int32_t* ia, KamComplex8* y);
+void vmcPackV(int32_t n, const KamComplex8* a, const int32_t* ia, KamComplex8* y, uint32_t mode);
+void vcpackv(const int32_t* n, const KamComplex8* a, const int32_t* ia, KamComplex8* y);
+void vmcpackv(const int32_t* n, const KamComplex8* a, const int32_t* ia, KamComplex8* y,
+              const uint32_t* mode);
+void vzPackV(int32_t n, const KamComplex16* a, const int32_t* ia, KamComplex16* y);
+void vmzPackV(int32_t n, const KamComplex16* a, const int32_t* ia, KamComplex16* y, uint32_t mode);
+void vzpackv(const int32_t* n, const KamComplex16* a, const int32_t* ia, KamComplex16* y);
+void vmzpackv(const int32_t* n, const KamComplex16* a, const int32_t* ia, KamComplex16* y,
+              const uint32_t* mode);
+
+/* y[i * incy] = a[i], in ascending order, so that the last element stays where incy is 0. */
+void vsUnpackI(int32_t n, const float* a, float* y, int32_t incy);
+void vmsUnpackI(int32_t n, const float* a, float* y, int32_t incy, uint32_t mode);
+void vsunpacki(const int32_t* n, const float* a, float* y, const int32_t* incy);
+void vmsunpacki(const int32_t* n, const float* a, float* y, const int32_t* incy,
+                const uint32_t* mode);
+void vdUnpackI(int32_t n, const double* a, double* y, int32_t incy);
+void vmdUnpackI(int32_t n, const double* a, double* y, int32_t incy, uint32_t mode);
+void vdunpacki(const int32_t* n, const double* a, double* y, const int32_t* incy);
+void vmdunpacki(const int32_t* n, const double* a, double* y, const int32_t* incy,
+                const uint32_t* mode);
+void vcUnpackI(int32_t n, const KamComplex8* a, KamComplex8* y, int32_t incy);
+void vmcUnpackI(int32_t n, const KamComplex8* a, KamComplex8* y, int32_t incy, uint32_t mode);
+void vcunpacki(const int32_t* n, const KamComplex8* a, KamComplex8* y, const int32_t* incy);
+void vmcunpacki(const int32_t* n, const KamComplex8* a, KamComplex8* y, const int32_t* incy,
+                const uint32_t* mode);
+void vzUnpackI(int32_t n, const KamComplex16* a, KamComplex16* y, int32_t incy);
+void vmzUnpackI(int32_t n, const KamComplex16* a, KamComplex16* y, int32_t incy, uint32_t mode);
+void vzunpacki(const int32_t* n, const KamComplex16* a, KamComplex16* y, const int32_t* incy);
+void vmzunpacki(const int32_t* n, const KamComplex16* a, KamComplex16* y, const int32_t* incy,
+                const uint32_t* mode);
+
+/* y[i] = a[j] for the j-th i whose my[i] is not 0; the other elements of y are not touched. */
+void vsUnpackM(int32_t n, const float* a, float* y, const int32_t* my);
+void vmsUnpackM(int32_t n, const float* a, float* y, const int32_t* my, uint32_t mode);
+void vsunpackm(const int32_t* n, const float* a, float* y, const int32_t* my);
+void vmsunpackm(const int32_t* n, const float* a, float* y, const int32_t* my,
+                const uint32_t* mode);
+void vdUnpackM(int32_t n, const double* a, double* y, const int32_t* my);
+void vmdUnpackM(int32_t n, const double* a, double* y, const int32_t* my, uint32_t mode);
+void vdunpackm(const int32_t* n, const double* a, double* y, const int32_t* my);
+void vmdunpackm(const int32_t* n, const double* a, double* y, const int32_t* my,
+                const uint32_t* mode);
+void vcUnpackM(int32_t n, const KamComplex8* a, KamComplex8* y, const int32_t* my);
+void vmcUnpackM(int32_t n, const KamComplex8* a, KamComplex8* y, const int32_t* my, uint32_t mode);
+void vcunpackm(const int32_t* n, const KamComplex8* a, KamComplex8* y, const int32_t* my);
+void vmcunpackm(const int32_t* n, const KamComplex8* a, KamComplex8* y, const int32_t* my,
+                const uint32_t* mode);
+void vzUnpackM(int32_t n, const KamComplex16* a, KamComplex16* y, const int32_t* my);
+void vmzUnpackM(int32_t n, const KamComplex16* a, KamComplex16* y, const int32_t* my,
+                uint32_t mode);
+void vzunpackm(const int32_t* n, const KamComplex16* a, KamComplex16* y, const int32_t* my);
+void vmzunpackm(const int32_t* n, const KamComplex16* a, KamComplex16* y, const int32_t* my,
+                const uint32_t* mode);
+
+/* y[iy[i]] = a[i], in ascending order: of the elements that share an index the last one stays. */
+void vsUnpackV(int32_t n, const float* a, float* y, const int32_t* iy);
+void vmsUnpackV(int32_t n, const float* a, float* y, const int32_t* iy, uint32_t mode);
+void vsunpackv(const int32_t* n, const float* a, float* y, const int32_t* iy);
+void vmsunpackv(const int32_t* n, const float* a, float* y, const int32_t* iy,
+                const uint32_t* mode);
+void vdUnpackV(int32_t n, const double* a, double* y, const int32_t* iy);
+void vmdUnpackV(int32_t n, const double* a, double* y, const int32_t* iy, uint32_t mode);
+void vdunpackv(const int32_t* n, const double* a, double* y, const int32_t* iy);
+void vmdunpackv(const int32_t* n, const double* a, double* y, const int32_t* iy,
+                const uint32_t* mode);
+void vcUnpackV(int32_t n, const KamComplex8* a, KamComplex8* y, const int32_t* iy);
+void vmcUnpackV(int32_t n, const KamComplex8* a, KamComplex8* y, const int32_t* iy, uint32_t mode);
+void vcunpackv(const int32_t* n, const KamComplex8* a, KamComplex8* y, const int32_t* iy);
+void vmcunpackv(const int32_t* n, const KamComplex8* a, KamComplex8* y, const int32_t* iy,
+                const uint32_t* mode);
+void vzUnpackV(int32_t n, const KamComplex16* a, KamComplex16* y, const int32_t* iy);
+void vmzUnpackV(int32_t n, const KamComplex16* a, KamComplex16* y, const int32_t* iy,
+                uint32_t mode);
+void vzunpackv(const int32_t* n, const KamComplex16* a, KamComplex16* y, const int32_t* iy);
+void vmzunpackv(const int32_t* n, const KamComplex16* a, KamComplex16* y, const int32_t* iy,
+                const uint32_t* mode);
