@@ -22,6 +22,11 @@ __float128 asinq(__float128);
 __float128 acosq(__float128);
 __float128 atanq(__float128);
 __float128 atan2q(__float128, __float128);
+__float128 floorq(__float128);
+__float128 ceilq(__float128);
+__float128 truncq(__float128);
+__float128 roundq(__float128);
+__float128 rintq(__float128);
 }
 
 namespace orba::bench {
@@ -44,6 +49,11 @@ inline Real asin(Real x) { return asinq(x); }
 inline Real acos(Real x) { return acosq(x); }
 inline Real atan(Real x) { return atanq(x); }
 inline Real atan2(Real y, Real x) { return atan2q(y, x); }
+inline Real floor(Real x) { return floorq(x); }
+inline Real ceil(Real x) { return ceilq(x); }
+inline Real trunc(Real x) { return truncq(x); }
+inline Real round(Real x) { return roundq(x); }
+inline Real rint(Real x) { return rintq(x); }
 
 inline Real widen(double x) { return x; }
 inline Complex widen(KamComplex8 x) { return {x.real, x.imag}; }
