@@ -26,6 +26,26 @@ struct Directed : RoundingBase<V> {
   ORBA_INLINE static V eval(V x, NoFlag&) { return to_whole<direction>(x); }
 };
 
+#if ORBA_CLASS == 5
+// The sum, to nearest, without exceptions.
+ORBA_INLINE F64 silent_sum(F64 a, F64 b) {
+  return _mm512_add_round_pd(a.v, b.v, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
+}
+ORBA_INLINE F32 silent_sum(F32 a, F32 b) {
+  return _mm512_add_round_ps(a.v, b.v, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
+}
+
+// Half away from zero: the sum with the largest number below 1/2 reaches the next whole number from a
+// fraction of 1/2 on, and where there are no fractions it is rounded back to x.
+template <class V>
+struct HalfAway : RoundingBase<V> {
+  ORBA_INLINE static V eval(V x, NoFlag&) {
+    using E = typename V::Element;
+    const V below_half(static_cast<E>(sizeof(E) == 8 ? 0x1.fffffffffffffp-2 : 0x1.fffffep-2));
+    return to_whole<kToZero | kSilent>(silent_sum(x, with_sign_of(x, below_half)));
+  }
+};
+#else
 // Half away from zero. The nearest whole number, ties to even, lies below |x| by exactly 1/2 where
 // the tie went the other way. (Adding 1/2 first would round 1/2 - 2^-54 up.)
 template <class V>
@@ -38,6 +58,7 @@ struct HalfAway : RoundingBase<V> {
     return with_sign_of(x, nearest + up);
   }
 };
+#endif
 
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE
