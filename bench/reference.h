@@ -25,6 +25,11 @@ __float128 atan2q(__float128, __float128);
 __float128 asinhq(__float128);
 __float128 acoshq(__float128);
 __float128 atanhq(__float128);
+__float128 floorq(__float128);
+__float128 ceilq(__float128);
+__float128 truncq(__float128);
+__float128 roundq(__float128);
+__float128 rintq(__float128);
 }
 
 namespace orba::bench {
@@ -50,6 +55,11 @@ inline Real atan2(Real y, Real x) { return atan2q(y, x); }
 inline Real asinh(Real x) { return asinhq(x); }
 inline Real acosh(Real x) { return acoshq(x); }
 inline Real atanh(Real x) { return atanhq(x); }
+inline Real floor(Real x) { return floorq(x); }
+inline Real ceil(Real x) { return ceilq(x); }
+inline Real trunc(Real x) { return truncq(x); }
+inline Real round(Real x) { return roundq(x); }
+inline Real rint(Real x) { return rintq(x); }
 
 inline Real widen(double x) { return x; }
 inline Complex widen(KamComplex8 x) { return {x.real, x.imag}; }

@@ -6,9 +6,9 @@
  *   vmdAdd  runs under `mode` merged into the thread's mode, and merges the old word back: a field
  *           that was zero there keeps the value that `mode` gave it;
  *   vdadd, vmdadd  the same with everything but the arrays passed by pointer.
- * A negative n sets KAM_STATUS_BADSIZE, a null array KAM_STATUS_BADMEM; both are reported on the
- * standard output and leave all arrays as they are. With n = 0 nothing happens. What a function
- * makes of an element out of its domain is said with the function. */
+ * A negative n sets KAM_STATUS_BADSIZE, a null array KAM_STATUS_BADMEM (Pack and Unpack do not look);
+ * both are reported on the standard output and leave all arrays as they are. With n = 0 nothing
+ * happens. What a function makes of an element out of its domain is said with the function. */
 
 /* Sum a + b. IEEE 754 addition, correctly rounded at every accuracy.
  * Complex: KAM_STATUS_OVERFLOW at LA and HA when finite parts give an infinite part. */
@@ -347,3 +347,233 @@ void vdAtanh(int32_t n, const double* a, double* y);
 void vmdAtanh(int32_t n, const double* a, double* y, uint32_t mode);
 void vdatanh(const int32_t* n, const double* a, double* y);
 void vmdatanh(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Largest whole number that is not above a. Exact, with the sign of a; raises the inexact exception
+ * where a is not whole (on processors with SSE4.2 and later). */
+void vsFloor(int32_t n, const float* a, float* y);
+void vmsFloor(int32_t n, const float* a, float* y, uint32_t mode);
+void vsfloor(const int32_t* n, const float* a, float* y);
+void vmsfloor(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdFloor(int32_t n, const double* a, double* y);
+void vmdFloor(int32_t n, const double* a, double* y, uint32_t mode);
+void vdfloor(const int32_t* n, const double* a, double* y);
+void vmdfloor(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Smallest whole number that is not below a. Exact, with the sign of a (-0.5 gives -0); the inexact
+ * exception as with Floor. */
+void vsCeil(int32_t n, const float* a, float* y);
+void vmsCeil(int32_t n, const float* a, float* y, uint32_t mode);
+void vsceil(const int32_t* n, const float* a, float* y);
+void vmsceil(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdCeil(int32_t n, const double* a, double* y);
+void vmdCeil(int32_t n, const double* a, double* y, uint32_t mode);
+void vdceil(const int32_t* n, const double* a, double* y);
+void vmdceil(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Whole part of a, towards zero. Exact, with the sign of a; the inexact exception as with Floor. */
+void vsTrunc(int32_t n, const float* a, float* y);
+void vmsTrunc(int32_t n, const float* a, float* y, uint32_t mode);
+void vstrunc(const int32_t* n, const float* a, float* y);
+void vmstrunc(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdTrunc(int32_t n, const double* a, double* y);
+void vmdTrunc(int32_t n, const double* a, double* y, uint32_t mode);
+void vdtrunc(const int32_t* n, const double* a, double* y);
+void vmdtrunc(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Whole number nearest to a, half away from zero. Exact, with the sign of a, without the inexact
+ * exception. */
+void vsRound(int32_t n, const float* a, float* y);
+void vmsRound(int32_t n, const float* a, float* y, uint32_t mode);
+void vsround(const int32_t* n, const float* a, float* y);
+void vmsround(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdRound(int32_t n, const double* a, double* y);
+void vmdRound(int32_t n, const double* a, double* y, uint32_t mode);
+void vdround(const int32_t* n, const double* a, double* y);
+void vmdround(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Whole number nearest to a, ties to the even one, whatever the caller's rounding mode. Exact, with the
+ * sign of a. NearbyInt does not raise the inexact exception, Rint does as Floor. */
+void vsNearbyInt(int32_t n, const float* a, float* y);
+void vmsNearbyInt(int32_t n, const float* a, float* y, uint32_t mode);
+void vsnearbyint(const int32_t* n, const float* a, float* y);
+void vmsnearbyint(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdNearbyInt(int32_t n, const double* a, double* y);
+void vmdNearbyInt(int32_t n, const double* a, double* y, uint32_t mode);
+void vdnearbyint(const int32_t* n, const double* a, double* y);
+void vmdnearbyint(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+void vsRint(int32_t n, const float* a, float* y);
+void vmsRint(int32_t n, const float* a, float* y, uint32_t mode);
+void vsrint(const int32_t* n, const float* a, float* y);
+void vmsrint(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdRint(int32_t n, const double* a, double* y);
+void vmdRint(int32_t n, const double* a, double* y, uint32_t mode);
+void vdrint(const int32_t* n, const double* a, double* y);
+void vmdrint(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Whole part of a, towards zero, and fraction, both with the sign of a. Exact, without the inexact
+ * exception. The fraction of an infinity is a zero. */
+void vsModf(int32_t n, const float* a, float* y, float* z);
+void vmsModf(int32_t n, const float* a, float* y, float* z, uint32_t mode);
+void vsmodf(const int32_t* n, const float* a, float* y, float* z);
+void vmsmodf(const int32_t* n, const float* a, float* y, float* z, const uint32_t* mode);
+void vdModf(int32_t n, const double* a, double* y, double* z);
+void vmdModf(int32_t n, const double* a, double* y, double* z, uint32_t mode);
+void vdmodf(const int32_t* n, const double* a, double* y, double* z);
+void vmdmodf(const int32_t* n, const double* a, double* y, double* z, const uint32_t* mode);
+
+/* (a*scalea + shifta) / (b*scaleb + shiftb), each operation rounded in this order, none of them fused;
+ * the same at every accuracy. No element is reported: a zero divisor gives infinity or NaN. A call under
+ * LA or HA leaves KAM_STATUS_ACCURACYWARNING unless it goes over several threads, as the accuracy of
+ * sums that cancel is not that of the mode. */
+void vsLinearFrac(int32_t n, const float* a, const float* b, float scalea, float shifta,
+                  float scaleb, float shiftb, float* y);
+void vmsLinearFrac(int32_t n, const float* a, const float* b, float scalea, float shifta,
+                   float scaleb, float shiftb, float* y, uint32_t mode);
+void vslinearfrac(const int32_t* n, const float* a, const float* b, const float* scalea,
+                  const float* shifta, const float* scaleb, const float* shiftb, float* y);
+void vmslinearfrac(const int32_t* n, const float* a, const float* b, const float* scalea,
+                   const float* shifta, const float* scaleb, const float* shiftb, float* y,
+                   const uint32_t* mode);
+void vdLinearFrac(int32_t n, const double* a, const double* b, double scalea, double shifta,
+                  double scaleb, double shiftb, double* y);
+void vmdLinearFrac(int32_t n, const double* a, const double* b, double scalea, double shifta,
+                   double scaleb, double shiftb, double* y, uint32_t mode);
+void vdlinearfrac(const int32_t* n, const double* a, const double* b, const double* scalea,
+                  const double* shifta, const double* scaleb, const double* shiftb, double* y);
+void vmdlinearfrac(const int32_t* n, const double* a, const double* b, const double* scalea,
+                   const double* shifta, const double* scaleb, const double* shiftb, double* y,
+                   const uint32_t* mode);
+
+/* y[i] = a[i * inca]: elements at equal distances, of any sign, counted in 64 bits. All Pack
+ * and Unpack functions move bits, whatever they mean, run in the calling thread and check n alone: a null
+ * array is no error that is reported. */
+void vsPackI(int32_t n, const float* a, int32_t inca, float* y);
+void vmsPackI(int32_t n, const float* a, int32_t inca, float* y, uint32_t mode);
+void vspacki(const int32_t* n, const float* a, const int32_t* inca, float* y);
+void vmspacki(const int32_t* n, const float* a, const int32_t* inca, float* y,
+              const uint32_t* mode);
+void vdPackI(int32_t n, const double* a, int32_t inca, double* y);
+void vmdPackI(int32_t n, const double* a, int32_t inca, double* y, uint32_t mode);
+void vdpacki(const int32_t* n, const double* a, const int32_t* inca, double* y);
+void vmdpacki(const int32_t* n, const double* a, const int32_t* inca, double* y,
+              const uint32_t* mode);
+void vcPackI(int32_t n, const KamComplex8* a, int32_t inca, KamComplex8* y);
+void vmcPackI(int32_t n, const KamComplex8* a, int32_t inca, KamComplex8* y, uint32_t mode);
+void vcpacki(const int32_t* n, const KamComplex8* a, const int32_t* inca, KamComplex8* y);
+void vmcpacki(const int32_t* n, const KamComplex8* a, const int32_t* inca, KamComplex8* y,
+              const uint32_t* mode);
+void vzPackI(int32_t n, const KamComplex16* a, int32_t inca, KamComplex16* y);
+void vmzPackI(int32_t n, const KamComplex16* a, int32_t inca, KamComplex16* y, uint32_t mode);
+void vzpacki(const int32_t* n, const KamComplex16* a, const int32_t* inca, KamComplex16* y);
+void vmzpacki(const int32_t* n, const KamComplex16* a, const int32_t* inca, KamComplex16* y,
+              const uint32_t* mode);
+
+/* y[j] = a[i] for the j-th i whose ma[i] is not 0: the elements that a mask selects. */
+void vsPackM(int32_t n, const float* a, const int32_t* ma, float* y);
+void vmsPackM(int32_t n, const float* a, const int32_t* ma, float* y, uint32_t mode);
+void vspackm(const int32_t* n, const float* a, const int32_t* ma, float* y);
+void vmspackm(const int32_t* n, const float* a, const int32_t* ma, float* y, const uint32_t* mode);
+void vdPackM(int32_t n, const double* a, const int32_t* ma, double* y);
+void vmdPackM(int32_t n, const double* a, const int32_t* ma, double* y, uint32_t mode);
+void vdpackm(const int32_t* n, const double* a, const int32_t* ma, double* y);
+void vmdpackm(const int32_t* n, const double* a, const int32_t* ma, double* y,
+              const uint32_t* mode);
+void vcPackM(int32_t n, const KamComplex8* a, const int32_t* ma, KamComplex8* y);
+void vmcPackM(int32_t n, const KamComplex8* a, const int32_t* ma, KamComplex8* y, uint32_t mode);
+void vcpackm(const int32_t* n, const KamComplex8* a, const int32_t* ma, KamComplex8* y);
+void vmcpackm(const int32_t* n, const KamComplex8* a, const int32_t* ma, KamComplex8* y,
+              const uint32_t* mode);
+void vzPackM(int32_t n, const KamComplex16* a, const int32_t* ma, KamComplex16* y);
+void vmzPackM(int32_t n, const KamComplex16* a, const int32_t* ma, KamComplex16* y, uint32_t mode);
+void vzpackm(const int32_t* n, const KamComplex16* a, const int32_t* ma, KamComplex16* y);
+void vmzpackm(const int32_t* n, const KamComplex16* a, const int32_t* ma, KamComplex16* y,
+              const uint32_t* mode);
+
+/* y[i] = a[ia[i]]: elements by an index vector. */
+void vsPackV(int32_t n, const float* a, const int32_t* ia, float* y);
+void vmsPackV(int32_t n, const float* a, const int32_t* ia, float* y, uint32_t mode);
+void vspackv(const int32_t* n, const float* a, const int32_t* ia, float* y);
+void vmspackv(const int32_t* n, const float* a, const int32_t* ia, float* y, const uint32_t* mode);
+void vdPackV(int32_t n, const double* a, const int32_t* ia, double* y);
+void vmdPackV(int32_t n, const double* a, const int32_t* ia, double* y, uint32_t mode);
+void vdpackv(const int32_t* n, const double* a, const int32_t* ia, double* y);
+void vmdpackv(const int32_t* n, const double* a, const int32_t* ia, double* y,
+              const uint32_t* mode);
+void vcPackV(int32_t n, const KamComplex8* a, const int32_t* ia, KamComplex8* y);
+void vmcPackV(int32_t n, const KamComplex8* a, const int32_t* ia, KamComplex8* y, uint32_t mode);
+void vcpackv(const int32_t* n, const KamComplex8* a, const int32_t* ia, KamComplex8* y);
+void vmcpackv(const int32_t* n, const KamComplex8* a, const int32_t* ia, KamComplex8* y,
+              const uint32_t* mode);
+void vzPackV(int32_t n, const KamComplex16* a, const int32_t* ia, KamComplex16* y);
+void vmzPackV(int32_t n, const KamComplex16* a, const int32_t* ia, KamComplex16* y, uint32_t mode);
+void vzpackv(const int32_t* n, const KamComplex16* a, const int32_t* ia, KamComplex16* y);
+void vmzpackv(const int32_t* n, const KamComplex16* a, const int32_t* ia, KamComplex16* y,
+              const uint32_t* mode);
+
+/* y[i * incy] = a[i], in ascending order, so that the last element stays where incy is 0. */
+void vsUnpackI(int32_t n, const float* a, float* y, int32_t incy);
+void vmsUnpackI(int32_t n, const float* a, float* y, int32_t incy, uint32_t mode);
+void vsunpacki(const int32_t* n, const float* a, float* y, const int32_t* incy);
+void vmsunpacki(const int32_t* n, const float* a, float* y, const int32_t* incy,
+                const uint32_t* mode);
+void vdUnpackI(int32_t n, const double* a, double* y, int32_t incy);
+void vmdUnpackI(int32_t n, const double* a, double* y, int32_t incy, uint32_t mode);
+void vdunpacki(const int32_t* n, const double* a, double* y, const int32_t* incy);
+void vmdunpacki(const int32_t* n, const double* a, double* y, const int32_t* incy,
+                const uint32_t* mode);
+void vcUnpackI(int32_t n, const KamComplex8* a, KamComplex8* y, int32_t incy);
+void vmcUnpackI(int32_t n, const KamComplex8* a, KamComplex8* y, int32_t incy, uint32_t mode);
+void vcunpacki(const int32_t* n, const KamComplex8* a, KamComplex8* y, const int32_t* incy);
+void vmcunpacki(const int32_t* n, const KamComplex8* a, KamComplex8* y, const int32_t* incy,
+                const uint32_t* mode);
+void vzUnpackI(int32_t n, const KamComplex16* a, KamComplex16* y, int32_t incy);
+void vmzUnpackI(int32_t n, const KamComplex16* a, KamComplex16* y, int32_t incy, uint32_t mode);
+void vzunpacki(const int32_t* n, const KamComplex16* a, KamComplex16* y, const int32_t* incy);
+void vmzunpacki(const int32_t* n, const KamComplex16* a, KamComplex16* y, const int32_t* incy,
+                const uint32_t* mode);
+
+/* y[i] = a[j] for the j-th i whose my[i] is not 0; the other elements of y are not touched. */
+void vsUnpackM(int32_t n, const float* a, float* y, const int32_t* my);
+void vmsUnpackM(int32_t n, const float* a, float* y, const int32_t* my, uint32_t mode);
+void vsunpackm(const int32_t* n, const float* a, float* y, const int32_t* my);
+void vmsunpackm(const int32_t* n, const float* a, float* y, const int32_t* my,
+                const uint32_t* mode);
+void vdUnpackM(int32_t n, const double* a, double* y, const int32_t* my);
+void vmdUnpackM(int32_t n, const double* a, double* y, const int32_t* my, uint32_t mode);
+void vdunpackm(const int32_t* n, const double* a, double* y, const int32_t* my);
+void vmdunpackm(const int32_t* n, const double* a, double* y, const int32_t* my,
+                const uint32_t* mode);
+void vcUnpackM(int32_t n, const KamComplex8* a, KamComplex8* y, const int32_t* my);
+void vmcUnpackM(int32_t n, const KamComplex8* a, KamComplex8* y, const int32_t* my, uint32_t mode);
+void vcunpackm(const int32_t* n, const KamComplex8* a, KamComplex8* y, const int32_t* my);
+void vmcunpackm(const int32_t* n, const KamComplex8* a, KamComplex8* y, const int32_t* my,
+                const uint32_t* mode);
+void vzUnpackM(int32_t n, const KamComplex16* a, KamComplex16* y, const int32_t* my);
+void vmzUnpackM(int32_t n, const KamComplex16* a, KamComplex16* y, const int32_t* my,
+                uint32_t mode);
+void vzunpackm(const int32_t* n, const KamComplex16* a, KamComplex16* y, const int32_t* my);
+void vmzunpackm(const int32_t* n, const KamComplex16* a, KamComplex16* y, const int32_t* my,
+                const uint32_t* mode);
+
+/* y[iy[i]] = a[i], in ascending order: of the elements that share an index the last one stays. */
+void vsUnpackV(int32_t n, const float* a, float* y, const int32_t* iy);
+void vmsUnpackV(int32_t n, const float* a, float* y, const int32_t* iy, uint32_t mode);
+void vsunpackv(const int32_t* n, const float* a, float* y, const int32_t* iy);
+void vmsunpackv(const int32_t* n, const float* a, float* y, const int32_t* iy,
+                const uint32_t* mode);
+void vdUnpackV(int32_t n, const double* a, double* y, const int32_t* iy);
+void vmdUnpackV(int32_t n, const double* a, double* y, const int32_t* iy, uint32_t mode);
+void vdunpackv(const int32_t* n, const double* a, double* y, const int32_t* iy);
+void vmdunpackv(const int32_t* n, const double* a, double* y, const int32_t* iy,
+                const uint32_t* mode);
+void vcUnpackV(int32_t n, const KamComplex8* a, KamComplex8* y, const int32_t* iy);
+void vmcUnpackV(int32_t n, const KamComplex8* a, KamComplex8* y, const int32_t* iy, uint32_t mode);
+void vcunpackv(const int32_t* n, const KamComplex8* a, KamComplex8* y, const int32_t* iy);
+void vmcunpackv(const int32_t* n, const KamComplex8* a, KamComplex8* y, const int32_t* iy,
+                const uint32_t* mode);
+void vzUnpackV(int32_t n, const KamComplex16* a, KamComplex16* y, const int32_t* iy);
+void vmzUnpackV(int32_t n, const KamComplex16* a, KamComplex16* y, const int32_t* iy,
+                uint32_t mode);
+void vzunpackv(const int32_t* n, const KamComplex16* a, KamComplex16* y, const int32_t* iy);
+void vmzunpackv(const int32_t* n, const KamComplex16* a, KamComplex16* y, const int32_t* iy,
+                const uint32_t* mode);

@@ -23,9 +23,9 @@ INTRODUCTION = """\
  *   vmdAdd  runs under `mode` merged into the thread's mode, and merges the old word back: a field
  *           that was zero there keeps the value that `mode` gave it;
  *   vdadd, vmdadd  the same with everything but the arrays passed by pointer.
- * A negative n sets KAM_STATUS_BADSIZE, a null array KAM_STATUS_BADMEM; both are reported on the
- * standard output and leave all arrays as they are. With n = 0 nothing happens. What a function
- * makes of an element out of its domain is said with the function. */
+ * A negative n sets KAM_STATUS_BADSIZE, a null array KAM_STATUS_BADMEM (Pack and Unpack do not look);
+ * both are reported on the standard output and leave all arrays as they are. With n = 0 nothing
+ * happens. What a function makes of an element out of its domain is said with the function. */
 """
 
 

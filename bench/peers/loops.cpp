@@ -66,6 +66,50 @@ C quotient(C p, C q) {
   ORBA_LOOP_1(s, float, Name, name##f(x)); \
   ORBA_LOOP_1(d, double, Name, name(x))
 
+#define ORBA_TWO_RESULTS_LOOPS(t, E, modf)                                                 \
+  hand_over(                                                                               \
+      sink, "v" #t "Modf", ORBA_PEER,                                                      \
+      +[](int32_t n, const E* __restrict a, E* __restrict y, E* __restrict z) {            \
+        for (int32_t i = 0; i < n; ++i) z[i] = modf(a[i], &y[i]);                          \
+      });                                                                                  \
+  hand_over(                                                                               \
+      sink, "v" #t "LinearFrac", ORBA_PEER,                                                \
+      +[](int32_t n, const E* __restrict a, const E* __restrict b, E sa, E ta, E sb, E tb, \
+          E* __restrict y) {                                                               \
+        for (int32_t i = 0; i < n; ++i) y[i] = (a[i] * sa + ta) / (b[i] * sb + tb);        \
+      })
+
+// `d` is the mask or the index vector, j the place among the selected elements.
+#define ORBA_PACK_LOOP_(t, E, Name, body)                                                   \
+  hand_over(                                                                                \
+      sink, "v" #t #Name, ORBA_PEER,                                                        \
+      +[](int32_t n, const E* __restrict a, const int32_t* __restrict d, E* __restrict y) { \
+        for (int32_t i = 0, j = 0; i < n; ++i) body;                                        \
+        (void)d;                                                                            \
+      })
+#define ORBA_UNPACK_LOOP_(t, E, Name, body)                                                 \
+  hand_over(                                                                                \
+      sink, "v" #t #Name, ORBA_PEER,                                                        \
+      +[](int32_t n, const E* __restrict a, E* __restrict y, const int32_t* __restrict d) { \
+        for (int32_t i = 0, j = 0; i < n; ++i) body;                                        \
+        (void)d;                                                                            \
+      })
+#define ORBA_PACK_LOOPS(t, E)                                               \
+  hand_over(                                                                \
+      sink, "v" #t "PackI", ORBA_PEER,                                      \
+      +[](int32_t n, const E* __restrict a, int32_t inc, E* __restrict y) { \
+        for (int32_t i = 0; i < n; ++i) y[i] = a[int64_t{i} * inc];         \
+      });                                                                   \
+  hand_over(                                                                \
+      sink, "v" #t "UnpackI", ORBA_PEER,                                    \
+      +[](int32_t n, const E* __restrict a, E* __restrict y, int32_t inc) { \
+        for (int32_t i = 0; i < n; ++i) y[int64_t{i} * inc] = a[i];         \
+      });                                                                   \
+  ORBA_PACK_LOOP_(t, E, PackM, if (d[i] != 0) y[j++] = a[i]);               \
+  ORBA_PACK_LOOP_(t, E, PackV, y[i + 0 * j] = a[d[i]]);                     \
+  ORBA_UNPACK_LOOP_(t, E, UnpackM, if (d[i] != 0) y[i] = a[j++]);           \
+  ORBA_UNPACK_LOOP_(t, E, UnpackV, y[d[i] + 0 * j] = a[i])
+
 extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink sink) {
   ORBA_REAL_LOOPS(s, float);
   ORBA_REAL_LOOPS(d, double);
@@ -82,6 +126,18 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBM_LOOP(Asin, asin);
   ORBA_LIBM_LOOP(Acos, acos);
   ORBA_LIBM_LOOP(Atan, atan);
+  ORBA_LIBM_LOOP(Floor, floor);
+  ORBA_LIBM_LOOP(Ceil, ceil);
+  ORBA_LIBM_LOOP(Trunc, trunc);
+  ORBA_LIBM_LOOP(Round, round);
+  ORBA_LIBM_LOOP(NearbyInt, nearbyint);
+  ORBA_LIBM_LOOP(Rint, rint);
+  ORBA_TWO_RESULTS_LOOPS(s, float, modff);
+  ORBA_TWO_RESULTS_LOOPS(d, double, modf);
+  ORBA_PACK_LOOPS(s, float);
+  ORBA_PACK_LOOPS(d, double);
+  ORBA_PACK_LOOPS(c, KamComplex8);
+  ORBA_PACK_LOOPS(z, KamComplex16);
   ORBA_LOOP_2(s, float, Atan2, atan2f(p, q));
   ORBA_LOOP_2(d, double, Atan2, atan2(p, q));
   ORBA_LIBM_LOOP(Asinh, asinh);

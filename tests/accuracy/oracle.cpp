@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "include/orba_kam.h"
+#include "tests/support/kernel_subjects.h"
 
 namespace orba::test {
 
@@ -81,6 +82,12 @@ void divide(mpfr_t* r, mpfr_t* a, mpfr_t* b) {
   mpfr_clear(norm);
 }
 
+template <class Real>
+Real linear_fraction(Real a, Real b) {
+  const Real(&s)[4] = kScalars<Real>;
+  return (a * s[0] + s[1]) / (b * s[2] + s[3]);
+}
+
 #define ORBA_UNARY(f) [](mpfr_t* r, mpfr_t* a, mpfr_t*) { f(r[0], a[0], kNearest); }
 #define ORBA_BINARY(f) [](mpfr_t* r, mpfr_t* a, mpfr_t* b) { f(r[0], a[0], b[0], kNearest); }
 #define ORBA_PARTS(f)                   \
@@ -129,6 +136,23 @@ const Oracle kOracles[] = {
      [](const Lane& lane) { return !(lane.a[0] >= 1) || not_finite(lane); }},
     {"Atanh", false, ORBA_UNARY(mpfr_atanh), ORBA_WIDE(std::atanh(x)), one_or_beyond, kByMode,
      [](const Lane& lane) { return !(std::abs(lane.a[0]) < 1); }},
+    {"Floor", false, ORBA_UNARY(mpfr_rint_floor), ORBA_WIDE(std::floor(x)), never},
+    {"Ceil", false, ORBA_UNARY(mpfr_rint_ceil), ORBA_WIDE(std::ceil(x)), never},
+    {"Trunc", false, ORBA_UNARY(mpfr_rint_trunc), ORBA_WIDE(std::trunc(x)), never},
+    {"Round", false, ORBA_UNARY(mpfr_rint_round), ORBA_WIDE(std::round(x)), never},
+    {"NearbyInt", false, ORBA_UNARY(mpfr_rint_roundeven), ORBA_WIDE(std::nearbyint(x)), never},
+    {"Rint", false, ORBA_UNARY(mpfr_rint_roundeven), ORBA_WIDE(std::nearbyint(x)), never},
+    {"Modf", false, [](mpfr_t* r, mpfr_t* a, mpfr_t*) { mpfr_modf(r[0], r[1], a[0], kNearest); },
+     nullptr, never, kByMode, nullptr, 2},
+    {"LinearFrac",
+     false,
+     nullptr,
+     nullptr,
+     never,
+     kByMode,
+     nullptr,
+     1,
+     {linear_fraction<float>, linear_fraction<double>}},
     {"Add", true, ORBA_PARTS(mpfr_add), nullptr, finite_overflow_but_ep},
     {"Sub", true, ORBA_PARTS(mpfr_sub), nullptr, finite_overflow_but_ep},
     {"Mul", true, multiply, nullptr, finite_overflow},
@@ -192,7 +216,10 @@ void Evaluator::exact(const Real* a, const Real* b, Reference* references) {
     mpfr_set_d(a_[part], a[part], kNearest);
     mpfr_set_d(b_[part], b[part], kNearest);
   }
-  oracle_.exact(r_, a_, b_);
+  if (oracle_.exact != nullptr)
+    oracle_.exact(r_, a_, b_);
+  else
+    mpfr_set_d(r_[0], oracle_.steps(a[0], b[0]), kNearest);
   constexpr double kMax = std::numeric_limits<double>::max();
   for (int part = 0; part < parts_; ++part) {
     Reference& reference = references[part];

@@ -44,15 +44,24 @@ enum class Denormals {
   kKept,      // nothing: operations on bits
 };
 
+// The C expression whose bits a real function has that rounds more than once.
+struct Steps {
+  float (*s)(float a, float b);
+  double (*d)(double a, double b);
+  float operator()(float a, float b) const { return s(a, b); }
+  double operator()(double a, double b) const { return d(a, b); }
+};
+
 struct Oracle {
   std::string_view function;
   bool complex;
-  void (*exact)(mpfr_t* r, mpfr_t* a, mpfr_t* b);  // one number per part
+  void (*exact)(mpfr_t* r, mpfr_t* a, mpfr_t* b);  // one number per part; null: by `steps`
   double (*wide)(double);                          // null: MPFR only
   int (*status)(const Lane&);                      // what a kernel has to report
   Denormals denormals = Denormals::kByMode;
   bool (*callout_takes)(const Lane&) = nullptr;  // what a callout may receive; null: everything
   int results = 1;                               // of a real function, each with its own error
+  Steps steps = {};
 };
 
 // Null when there is none.

@@ -336,6 +336,26 @@ TEST(ThreadedCall, CallbacksMayCallTheLibrary) {
   EXPECT_EQ(kamGetErrStatus(), KAM_STATUS_OK);
 }
 
+// The warning of a call whose accuracy is not that of the mode is gone when the call has forked, and
+// slices do not show in its results.
+TEST(ThreadedCall, AccuracyWarningsAreThoseOfSerialCalls) {
+  if (!in_process_with(kFixed)) return;
+  constexpr int n = 1003, few = 99;
+  std::vector<double> p(n), q(n), slices(n), r(n);
+  for (size_t i = 0; i < n; ++i) p[i] = sqrt(static_cast<double>(i)), q[i] = 1 / (p[i] + 0.3);
+  for (const uint32_t accuracy : {KAM_LA, KAM_HA, KAM_EP}) {
+    kamSetMode(accuracy);
+    for (int i = 0; i < n; i += few) {
+      kamClearErrStatus();
+      vdLinearFrac(std::min(few, n - i), &p[i], &q[i], 1.1, 0.1, -0.7, 0.3, &slices[i]);
+      EXPECT_EQ(kamGetErrStatus(), accuracy == KAM_EP ? KAM_STATUS_OK : KAM_STATUS_ACCURACYWARNING);
+    }
+    vdLinearFrac(n, p.data(), q.data(), 1.1, 0.1, -0.7, 0.3, r.data());
+    EXPECT_EQ(kamGetErrStatus(), KAM_STATUS_OK);
+    EXPECT_EQ(r, slices);
+  }
+}
+
 // Application threads with modes and callbacks of their own fork at the same time.
 TEST(ThreadedCall, ManyApplicationThreads) {
   if (!in_process_with(kFixed)) return;

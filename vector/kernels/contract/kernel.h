@@ -21,6 +21,8 @@
 //   callout(a [, b], r1 [, r2])    the complete scalar function (pointers in, status out) that the
 //                                  lanes still flagged get instead; absent with NoFlag. One that never
 //                                  reports returns nothing, as it must where In and Out differ
+//   filler (optional)              what dead lanes hold instead of kFiller
+//   keeps_denormals (optional)     true: the request of the mode to flush them does not apply
 //   second_argument() (optional)   what reports give as the second argument of a real function with
 //                                  one array: its scalar
 //   NoError (optional)             the variant of F that runs when the mode asks for no error
@@ -68,6 +70,17 @@ constexpr bool is_wide = false;
 template <class F>
 requires(F::wide) constexpr bool is_wide<F> = true;
 
+template <class F>
+constexpr double filler_of = kFiller;
+template <class F>
+requires requires { F::filler; }
+constexpr double filler_of<F> = F::filler;
+
+template <class F>
+constexpr bool keeps_denormals = false;
+template <class F>
+requires(F::keeps_denormals) constexpr bool keeps_denormals<F> = true;
+
 // Elements of one eval.
 template <class F>
 constexpr int eval_size = pack_size<typename F::In>*(is_wide<F> ? 2 : 1);
@@ -82,9 +95,9 @@ ORBA_INLINE auto load_for(const typename F::In* p) {
 template <class F>
 ORBA_INLINE auto load_for(const typename F::In* p, int live) {
   if constexpr (is_wide<F>)
-    return load_two<Wide<F64>>(p, live);
+    return load_two<Wide<F64>>(p, live, filler_of<F>);
   else
-    return load_pack(p, live);
+    return load_pack(p, live, filler_of<F>);
 }
 
 // One evaluation, on the rare road or not; `live` is absent for whole packs.
@@ -435,7 +448,7 @@ ORBA_INLINE uint32_t read_mode() {
 template <class F>
 ORBA_INLINE void run_kernel(int32_t n, const Arrays<F>& x, const char* name, const F& f = F{}) {
   const uint32_t mode = read_mode();
-  FloatEnvironment environment(mode);
+  FloatEnvironment environment(keeps_denormals<F> ? uint32_t{KAM_DENORMALS_KEEP} : mode);
   if constexpr (requires { typename F::NoError; }) {
     if ((mode & KAM_ERRMODE_MASK) == KAM_ERRMODE_NOERR) {
       using N = typename F::NoError;

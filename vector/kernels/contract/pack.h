@@ -8,7 +8,7 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-// Fills dead lanes: a value in range for every function.
+// Fills dead lanes unless a function says otherwise: a value in range for every function.
 constexpr double kFiller = 0.75;
 
 template <class V>
@@ -145,17 +145,19 @@ ORBA_INLINE void store_pack(double* p, Wide<F64> x) {
   store(p + F64::lanes, x.hi);
 }
 
-// `live` elements, 1 to the size of the pack less one.
-ORBA_INLINE F32 load_pack(const float* p, int live) {
-  return load_partial(p, live, static_cast<float>(kFiller));
+// `live` elements, 1 to the size of the pack less one; the parts of the others are `filler`.
+ORBA_INLINE F32 load_pack(const float* p, int live, double filler) {
+  return load_partial(p, live, static_cast<float>(filler));
 }
-ORBA_INLINE F64 load_pack(const double* p, int live) { return load_partial(p, live, kFiller); }
+ORBA_INLINE F64 load_pack(const double* p, int live, double filler) {
+  return load_partial(p, live, filler);
+}
 ORBA_INLINE void store_pack(float* p, int live, F32 x) { store_partial(p, live, x); }
 ORBA_INLINE void store_pack(double* p, int live, F64 x) { store_partial(p, live, x); }
 template <class Two, class Part>
-ORBA_INLINE Two load_two(const Part* p, int live) {
+ORBA_INLINE Two load_two(const Part* p, int live, double fill) {
   constexpr int size = sizeof(Part) == 8 ? F64::lanes : F32::lanes;
-  constexpr Part filler = static_cast<Part>(kFiller);
+  const Part filler = static_cast<Part>(fill);
   Two pack;
   pack.hi = filler;
   if (live < size) {
@@ -177,8 +179,8 @@ ORBA_INLINE void store_two(Part* p, int live, Two x) {
   }
 }
 template <class E>
-ORBA_INLINE typename PackOf<E>::Pack load_pack(const E* p, int live) {
-  return load_two<typename PackOf<E>::Pack>(parts(p), 2 * live);
+ORBA_INLINE typename PackOf<E>::Pack load_pack(const E* p, int live, double filler) {
+  return load_two<typename PackOf<E>::Pack>(parts(p), 2 * live, filler);
 }
 template <class E, class V>
 ORBA_INLINE void store_pack(E* p, int live, Pairs<V> x) {
