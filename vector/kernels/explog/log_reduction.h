@@ -71,10 +71,13 @@ struct LogNaturalSixteenthsSingle {
   static constexpr auto& log_2 = kLnOf2F;
   static constexpr auto& logs = kLnSixteenthsF;
   static constexpr auto& series = kLnSeriesSixteenthsF;
-  static constexpr auto& series_la = kLnSeriesLaSixteenthsF;
   static constexpr auto& rounded_log_2 = kLnOf2RoundedF;
   static constexpr auto& rounded_logs = kLnRoundedSixteenthsF;
   static constexpr auto& series_ep = kLnSeriesEpSixteenthsF;
+};
+// Arguments from 1 on leave LA room for a term less: below 1 the error would come to a whole unit.
+struct LogNaturalSixteenthsSingleAboveOne : LogNaturalSixteenthsSingle {
+  static constexpr auto& series_la = kLnSeriesLaSixteenthsF;
 };
 #endif
 
@@ -141,12 +144,17 @@ struct LogNatural {
   using Log1pData =
       typename LogDataOfType<LogNaturalSixteenths, LogNaturalSixteenthsSingle, V>::Type;
   template <class V>
+  using AboveOneData =
+      typename LogDataOfType<LogNaturalSixteenths, LogNaturalSixteenthsSingleAboveOne, V>::Type;
+  template <class V>
   using Data = typename LogDataOfType<LogNaturalSixteenths, LogNaturalSingle, V>::Type;
 #else
   template <class V>
   using Data = typename LogDataOfType<LogNatural256, LogNaturalSingle, V>::Type;
   template <class V>
   using Log1pData = Data<V>;
+  template <class V>
+  using AboveOneData = Data<V>;
 #endif
 };
 struct LogDecimal {

@@ -83,11 +83,11 @@ struct InverseHyperbolic {
       return narrow(Function::template eval<LogNatural256, kEp>(widen_low(x)),
                     Function::template eval<LogNatural256, kEp>(widen_high(x)));
     else
-      return Function::template eval<LogNatural::Log1pData<V>, accuracy>(x);
+      return Function::template eval<LogNatural::AboveOneData<V>, accuracy>(x);
   }
   ORBA_INLINE static V eval_rare(V x, Flag& flag) requires(Function::unbounded && !in_double) {
     flag = flag | Function::special(x, V(kMost<V>));
-    return with_sign_of(x, log_of_twice<LogNatural::Log1pData<V>>(abs(x)));
+    return with_sign_of(x, log_of_twice<LogNatural::AboveOneData<V>>(abs(x)));
   }
   static int32_t callout(const double* a, double* r) { return Function::callout(*a, r); }
   static int32_t callout(const float* a, float* r) {
