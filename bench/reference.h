@@ -22,6 +22,7 @@ __float128 asinq(__float128);
 __float128 acosq(__float128);
 __float128 atanq(__float128);
 __float128 atan2q(__float128, __float128);
+__float128 powq(__float128, __float128);
 }
 
 namespace orba::bench {
@@ -44,6 +45,7 @@ inline Real asin(Real x) { return asinq(x); }
 inline Real acos(Real x) { return acosq(x); }
 inline Real atan(Real x) { return atanq(x); }
 inline Real atan2(Real y, Real x) { return atan2q(y, x); }
+inline Real pow(Real x, Real y) { return powq(x, y); }
 
 inline Real widen(double x) { return x; }
 inline Complex widen(KamComplex8 x) { return {x.real, x.imag}; }

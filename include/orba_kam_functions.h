@@ -315,3 +315,17 @@ void vdAtan2(int32_t n, const double* a, const double* b, double* y);
 void vmdAtan2(int32_t n, const double* a, const double* b, double* y, uint32_t mode);
 void vdatan2(const int32_t* n, const double* a, const double* b, double* y);
 void vmdatan2(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);
+
+/* Power a^b. Special arguments as C99, annex F.9.4.4, has them: 1 for b = 0 and for a = 1, of anything.
+ * KAM_STATUS_ERRDOM for a zero to a negative power, with infinity, and for a negative number to a power
+ * that is no integer, with NaN; KAM_STATUS_OVERFLOW and KAM_STATUS_UNDERFLOW for finite arguments whose
+ * result is infinite, or below the normal numbers. A denormal result is rounded once. The logarithm and
+ * its product with b are pairs of numbers. */
+void vsPow(int32_t n, const float* a, const float* b, float* y);
+void vmsPow(int32_t n, const float* a, const float* b, float* y, uint32_t mode);
+void vspow(const int32_t* n, const float* a, const float* b, float* y);
+void vmspow(const int32_t* n, const float* a, const float* b, float* y, const uint32_t* mode);
+void vdPow(int32_t n, const double* a, const double* b, double* y);
+void vmdPow(int32_t n, const double* a, const double* b, double* y, uint32_t mode);
+void vdpow(const int32_t* n, const double* a, const double* b, double* y);
+void vmdpow(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);

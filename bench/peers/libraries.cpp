@@ -60,6 +60,7 @@ ORBA_DECLARE_LIBMVEC(asin)
 ORBA_DECLARE_LIBMVEC(acos)
 ORBA_DECLARE_LIBMVEC(atan)
 ORBA_DECLARE_LIBMVEC_2(atan2)
+ORBA_DECLARE_LIBMVEC_2(pow)
 #endif
 
 namespace orba::bench::ORBA_CLASS_NAMESPACE {
@@ -167,6 +168,7 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBMVEC_PEER(Acos, acos);
   ORBA_LIBMVEC_PEER(Atan, atan);
   ORBA_LIBMVEC_PEER_2(Atan2, atan2);
+  ORBA_LIBMVEC_PEER_2(Pow, pow);
 #endif
 #if ORBA_BENCH_SLEEF
   ORBA_SLEEF_PEER(Sqrt, sqrt, u05);
@@ -193,6 +195,7 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_SLEEF_PEER(Atan, atan, u35);
   ORBA_SLEEF_PEER_2(Atan2, atan2, u10);
   ORBA_SLEEF_PEER_2(Atan2, atan2, u35);
+  ORBA_SLEEF_PEER_2(Pow, pow, u10);
 #endif
 #if ORBA_BENCH_XSIMD
   ORBA_XSIMD_PEER(Sqrt, sqrt);
@@ -208,6 +211,7 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_XSIMD_PEER(Acos, acos);
   ORBA_XSIMD_PEER(Atan, atan);
   ORBA_XSIMD_PEER_2(Atan2, atan2);
+  ORBA_XSIMD_PEER_2(Pow, pow);
 #endif
 }
 

@@ -84,6 +84,8 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBM_LOOP(Atan, atan);
   ORBA_LOOP_2(s, float, Atan2, atan2f(p, q));
   ORBA_LOOP_2(d, double, Atan2, atan2(p, q));
+  ORBA_LOOP_2(s, float, Pow, powf(p, q));
+  ORBA_LOOP_2(d, double, Pow, pow(p, q));
 }
 
 }  // namespace orba::bench::ORBA_CLASS_NAMESPACE
