@@ -329,3 +329,14 @@ void vdPow(int32_t n, const double* a, const double* b, double* y);
 void vmdPow(int32_t n, const double* a, const double* b, double* y, uint32_t mode);
 void vdpow(const int32_t* n, const double* a, const double* b, double* y);
 void vmdpow(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);
+
+/* Power a^b of one exponent b for all elements: results, statuses and limits of Pow. The exponents 0, 1,
+ * 2, 3, 1/2 and -1 take no logarithm. */
+void vsPowx(int32_t n, const float* a, float b, float* y);
+void vmsPowx(int32_t n, const float* a, float b, float* y, uint32_t mode);
+void vspowx(const int32_t* n, const float* a, const float* b, float* y);
+void vmspowx(const int32_t* n, const float* a, const float* b, float* y, const uint32_t* mode);
+void vdPowx(int32_t n, const double* a, double b, double* y);
+void vmdPowx(int32_t n, const double* a, double b, double* y, uint32_t mode);
+void vdpowx(const int32_t* n, const double* a, const double* b, double* y);
+void vmdpowx(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);

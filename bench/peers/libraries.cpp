@@ -117,12 +117,24 @@ struct Vector_s {
         apply<Vector_##t>(                                                     \
             n, y, [](Vector p, Vector q) -> Vector { return call; }, a, b);    \
       })
+// The second argument a number.
+#define ORBA_VECTOR_PEER_SCALAR(t, E, Name, peer, call)                 \
+  hand_over(                                                            \
+      sink, "v" #t #Name, peer, +[](int32_t n, const E* a, E b, E* y) { \
+        using Vector = Vector_##t::Type;                                \
+        const Vector q = Vector{} + b;                                  \
+        apply<Vector_##t>(                                              \
+            n, y, [q](Vector p) -> Vector { return call; }, a);         \
+      })
 #define ORBA_LIBMVEC_PEER(Name, name)                                      \
   ORBA_VECTOR_PEER(s, float, Name, "libmvec", ORBA_LIBMVEC_s(v, name)(x)); \
   ORBA_VECTOR_PEER(d, double, Name, "libmvec", ORBA_LIBMVEC_d(v, name)(x))
 #define ORBA_LIBMVEC_PEER_2(Name, name)                                          \
   ORBA_VECTOR_PEER_2(s, float, Name, "libmvec", ORBA_LIBMVEC_s(vv, name)(p, q)); \
   ORBA_VECTOR_PEER_2(d, double, Name, "libmvec", ORBA_LIBMVEC_d(vv, name)(p, q))
+#define ORBA_LIBMVEC_PEER_SCALAR(Name, name)                                          \
+  ORBA_VECTOR_PEER_SCALAR(s, float, Name, "libmvec", ORBA_LIBMVEC_s(vv, name)(p, q)); \
+  ORBA_VECTOR_PEER_SCALAR(d, double, Name, "libmvec", ORBA_LIBMVEC_d(vv, name)(p, q))
 #define ORBA_SLEEF_PEER(Name, name, bound)                                         \
   ORBA_VECTOR_PEER(s, float, Name, "sleef_" #bound, ORBA_SLEEF_s(name, bound)(x)); \
   ORBA_VECTOR_PEER(d, double, Name, "sleef_" #bound, ORBA_SLEEF_d(name, bound)(x))
@@ -145,6 +157,9 @@ struct Vector_s {
 #define ORBA_SLEEF_PEER_2(Name, name, bound)                                            \
   ORBA_VECTOR_PEER_2(s, float, Name, "sleef_" #bound, ORBA_SLEEF_s(name, bound)(p, q)); \
   ORBA_VECTOR_PEER_2(d, double, Name, "sleef_" #bound, ORBA_SLEEF_d(name, bound)(p, q))
+#define ORBA_SLEEF_PEER_SCALAR(Name, name, bound)                                            \
+  ORBA_VECTOR_PEER_SCALAR(s, float, Name, "sleef_" #bound, ORBA_SLEEF_s(name, bound)(p, q)); \
+  ORBA_VECTOR_PEER_SCALAR(d, double, Name, "sleef_" #bound, ORBA_SLEEF_d(name, bound)(p, q))
 #define ORBA_XSIMD_PEER(Name, name)                                               \
   ORBA_VECTOR_PEER(s, float, Name, "xsimd", xsimd::name(xsimd::batch<float>(x))); \
   ORBA_VECTOR_PEER(d, double, Name, "xsimd", xsimd::name(xsimd::batch<double>(x)))
@@ -169,6 +184,7 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBMVEC_PEER(Atan, atan);
   ORBA_LIBMVEC_PEER_2(Atan2, atan2);
   ORBA_LIBMVEC_PEER_2(Pow, pow);
+  ORBA_LIBMVEC_PEER_SCALAR(Powx, pow);
 #endif
 #if ORBA_BENCH_SLEEF
   ORBA_SLEEF_PEER(Sqrt, sqrt, u05);
@@ -196,6 +212,7 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_SLEEF_PEER_2(Atan2, atan2, u10);
   ORBA_SLEEF_PEER_2(Atan2, atan2, u35);
   ORBA_SLEEF_PEER_2(Pow, pow, u10);
+  ORBA_SLEEF_PEER_SCALAR(Powx, pow, u10);
 #endif
 #if ORBA_BENCH_XSIMD
   ORBA_XSIMD_PEER(Sqrt, sqrt);
