@@ -148,6 +148,8 @@ struct Workload<Case, void(int32_t, P...)> {
   using In = decltype(ElementOf<true>::template find<P...>());
   using Out = decltype(ElementOf<false>::template find<P...>());
 
+  static constexpr bool kScalar = (std::is_same_v<P, In> || ...);
+
   Array<In> in[2] = {Array<In>(0), Array<In>(1)};
   int percent = 0;  // of special arguments at present
   Array<Out> out[2] = {Array<Out>(2), Array<Out>(3)};
@@ -159,6 +161,7 @@ struct Workload<Case, void(int32_t, P...)> {
     for (int i = 0; i < kSample; ++i) {
       source.next(i, in[0][i]);
       source.next(i, in[1][i]);
+      if (kScalar) in[1][i] = in[1][0];
       exact.push_back(
           ExactValue::of(Case::at(exact::widen(in[0][i]), exact::widen(in[1][i])), Out()));
     }

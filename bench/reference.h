@@ -30,6 +30,7 @@ __float128 ceilq(__float128);
 __float128 truncq(__float128);
 __float128 roundq(__float128);
 __float128 rintq(__float128);
+__float128 powq(__float128, __float128);
 }
 
 namespace orba::bench {
@@ -60,6 +61,7 @@ inline Real ceil(Real x) { return ceilq(x); }
 inline Real trunc(Real x) { return truncq(x); }
 inline Real round(Real x) { return roundq(x); }
 inline Real rint(Real x) { return rintq(x); }
+inline Real pow(Real x, Real y) { return powq(x, y); }
 
 inline Real widen(double x) { return x; }
 inline Complex widen(KamComplex8 x) { return {x.real, x.imag}; }

@@ -577,3 +577,28 @@ void vmzUnpackV(int32_t n, const KamComplex16* a, KamComplex16* y, const int32_t
 void vzunpackv(const int32_t* n, const KamComplex16* a, KamComplex16* y, const int32_t* iy);
 void vmzunpackv(const int32_t* n, const KamComplex16* a, KamComplex16* y, const int32_t* iy,
                 const uint32_t* mode);
+
+/* Power a^b. Special arguments as C99, annex F.9.4.4, has them: 1 for b = 0 and for a = 1, of anything.
+ * KAM_STATUS_ERRDOM for a zero to a negative power, with infinity, and for a negative number to a power
+ * that is no integer, with NaN; KAM_STATUS_OVERFLOW and KAM_STATUS_UNDERFLOW for finite arguments whose
+ * result is infinite, or below the normal numbers. A denormal result is rounded once. The logarithm and
+ * its product with b are pairs of numbers. */
+void vsPow(int32_t n, const float* a, const float* b, float* y);
+void vmsPow(int32_t n, const float* a, const float* b, float* y, uint32_t mode);
+void vspow(const int32_t* n, const float* a, const float* b, float* y);
+void vmspow(const int32_t* n, const float* a, const float* b, float* y, const uint32_t* mode);
+void vdPow(int32_t n, const double* a, const double* b, double* y);
+void vmdPow(int32_t n, const double* a, const double* b, double* y, uint32_t mode);
+void vdpow(const int32_t* n, const double* a, const double* b, double* y);
+void vmdpow(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);
+
+/* Power a^b of one exponent b for all elements: results, statuses and limits of Pow. The exponents 0, 1,
+ * 2, 3, 1/2 and -1 take no logarithm. */
+void vsPowx(int32_t n, const float* a, float b, float* y);
+void vmsPowx(int32_t n, const float* a, float b, float* y, uint32_t mode);
+void vspowx(const int32_t* n, const float* a, const float* b, float* y);
+void vmspowx(const int32_t* n, const float* a, const float* b, float* y, const uint32_t* mode);
+void vdPowx(int32_t n, const double* a, double b, double* y);
+void vmdPowx(int32_t n, const double* a, double b, double* y, uint32_t mode);
+void vdpowx(const int32_t* n, const double* a, const double* b, double* y);
+void vmdpowx(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);

@@ -63,6 +63,7 @@ ORBA_DECLARE_LIBMVEC_2(atan2)
 ORBA_DECLARE_LIBMVEC(asinh)
 ORBA_DECLARE_LIBMVEC(acosh)
 ORBA_DECLARE_LIBMVEC(atanh)
+ORBA_DECLARE_LIBMVEC_2(pow)
 #endif
 
 namespace orba::bench::ORBA_CLASS_NAMESPACE {
@@ -119,12 +120,24 @@ struct Vector_s {
         apply<Vector_##t>(                                                     \
             n, y, [](Vector p, Vector q) -> Vector { return call; }, a, b);    \
       })
+// The second argument a number.
+#define ORBA_VECTOR_PEER_SCALAR(t, E, Name, peer, call)                 \
+  hand_over(                                                            \
+      sink, "v" #t #Name, peer, +[](int32_t n, const E* a, E b, E* y) { \
+        using Vector = Vector_##t::Type;                                \
+        const Vector q = Vector{} + b;                                  \
+        apply<Vector_##t>(                                              \
+            n, y, [q](Vector p) -> Vector { return call; }, a);         \
+      })
 #define ORBA_LIBMVEC_PEER(Name, name)                                      \
   ORBA_VECTOR_PEER(s, float, Name, "libmvec", ORBA_LIBMVEC_s(v, name)(x)); \
   ORBA_VECTOR_PEER(d, double, Name, "libmvec", ORBA_LIBMVEC_d(v, name)(x))
 #define ORBA_LIBMVEC_PEER_2(Name, name)                                          \
   ORBA_VECTOR_PEER_2(s, float, Name, "libmvec", ORBA_LIBMVEC_s(vv, name)(p, q)); \
   ORBA_VECTOR_PEER_2(d, double, Name, "libmvec", ORBA_LIBMVEC_d(vv, name)(p, q))
+#define ORBA_LIBMVEC_PEER_SCALAR(Name, name)                                          \
+  ORBA_VECTOR_PEER_SCALAR(s, float, Name, "libmvec", ORBA_LIBMVEC_s(vv, name)(p, q)); \
+  ORBA_VECTOR_PEER_SCALAR(d, double, Name, "libmvec", ORBA_LIBMVEC_d(vv, name)(p, q))
 #define ORBA_SLEEF_PEER(Name, name, bound)                                         \
   ORBA_VECTOR_PEER(s, float, Name, "sleef_" #bound, ORBA_SLEEF_s(name, bound)(x)); \
   ORBA_VECTOR_PEER(d, double, Name, "sleef_" #bound, ORBA_SLEEF_d(name, bound)(x))
@@ -147,6 +160,9 @@ struct Vector_s {
 #define ORBA_SLEEF_PEER_2(Name, name, bound)                                            \
   ORBA_VECTOR_PEER_2(s, float, Name, "sleef_" #bound, ORBA_SLEEF_s(name, bound)(p, q)); \
   ORBA_VECTOR_PEER_2(d, double, Name, "sleef_" #bound, ORBA_SLEEF_d(name, bound)(p, q))
+#define ORBA_SLEEF_PEER_SCALAR(Name, name, bound)                                            \
+  ORBA_VECTOR_PEER_SCALAR(s, float, Name, "sleef_" #bound, ORBA_SLEEF_s(name, bound)(p, q)); \
+  ORBA_VECTOR_PEER_SCALAR(d, double, Name, "sleef_" #bound, ORBA_SLEEF_d(name, bound)(p, q))
 #define ORBA_XSIMD_PEER(Name, name)                                               \
   ORBA_VECTOR_PEER(s, float, Name, "xsimd", xsimd::name(xsimd::batch<float>(x))); \
   ORBA_VECTOR_PEER(d, double, Name, "xsimd", xsimd::name(xsimd::batch<double>(x)))
@@ -173,6 +189,8 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBMVEC_PEER(Asinh, asinh);
   ORBA_LIBMVEC_PEER(Acosh, acosh);
   ORBA_LIBMVEC_PEER(Atanh, atanh);
+  ORBA_LIBMVEC_PEER_2(Pow, pow);
+  ORBA_LIBMVEC_PEER_SCALAR(Powx, pow);
 #endif
 #if ORBA_BENCH_SLEEF
   ORBA_SLEEF_PEER(Sqrt, sqrt, u05);
@@ -202,6 +220,8 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_SLEEF_PEER(Asinh, asinh, u10);
   ORBA_SLEEF_PEER(Acosh, acosh, u10);
   ORBA_SLEEF_PEER(Atanh, atanh, u10);
+  ORBA_SLEEF_PEER_2(Pow, pow, u10);
+  ORBA_SLEEF_PEER_SCALAR(Powx, pow, u10);
 #endif
 #if ORBA_BENCH_XSIMD
   ORBA_XSIMD_PEER(Sqrt, sqrt);
@@ -220,6 +240,7 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_XSIMD_PEER(Asinh, asinh);
   ORBA_XSIMD_PEER(Acosh, acosh);
   ORBA_XSIMD_PEER(Atanh, atanh);
+  ORBA_XSIMD_PEER_2(Pow, pow);
 #endif
 }
 

@@ -27,6 +27,15 @@ namespace {
         }                                                                             \
       })
 
+#define ORBA_LOOP_SCALAR(t, E, Name, expression)                                                   \
+  hand_over(                                                                                       \
+      sink, "v" #t #Name, ORBA_PEER, +[](int32_t n, const E* __restrict a, E q, E* __restrict y) { \
+        for (int32_t i = 0; i < n; ++i) {                                                          \
+          const E p = a[i];                                                                        \
+          y[i] = expression;                                                                       \
+        }                                                                                          \
+      })
+
 // Overloads give each precision its own C function.
 inline float square_root(float x) { return sqrtf(x); }
 inline double square_root(double x) { return sqrt(x); }
@@ -143,6 +152,10 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBM_LOOP(Asinh, asinh);
   ORBA_LIBM_LOOP(Acosh, acosh);
   ORBA_LIBM_LOOP(Atanh, atanh);
+  ORBA_LOOP_2(s, float, Pow, powf(p, q));
+  ORBA_LOOP_2(d, double, Pow, pow(p, q));
+  ORBA_LOOP_SCALAR(s, float, Powx, powf(p, q));
+  ORBA_LOOP_SCALAR(d, double, Powx, pow(p, q));
 }
 
 }  // namespace orba::bench::ORBA_CLASS_NAMESPACE

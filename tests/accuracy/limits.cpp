@@ -8,6 +8,7 @@ namespace orba::test {
 const std::vector<Limits>& limits_table() {
   using enum Measure;
   using enum Axis;
+  using enum Pairs;
   constexpr double kInf = std::numeric_limits<double>::infinity();
   constexpr double kTinyS = std::numeric_limits<float>::min();
   constexpr double kTinyD = std::numeric_limits<double>::min();

@@ -20,16 +20,28 @@ struct Span {
 // Horizontal axis of the plot of errors.
 enum class Axis { kNone, kArgument, kArgumentBinade, kResultBinade };
 
+// Kinds of random pairs of arguments.
+enum class Pairs {
+  kAny,           // exponents of their own
+  kOrdinary,      // around 1
+  kProduct,       // at the edge of the range: the product,
+  kQuotient,      // the quotient
+  kSum,           // cancels: the sum or the difference,
+  kParts,         // a part of the complex product
+  kPower,         // a^b: within the range and a little beyond,
+  kPowerEdge,     // at its ends,
+  kPowerNearOne,  // the same of a near 1,
+  kPowerSimple    // b a small integer or fraction
+};
+
 struct Limits {
   std::string_view function;
   char type;
   Measure measure;
-  double ha, la;  // units in the last place
-  double ep;      // relative error, of a complex result against its larger part
-  int points;     // random ones in the tests, in thousands
-  // Arguments of functions of one input. Functions of two inputs get pairs whose exponents are
-  // independent, near each other, or such that the product or quotient is at the edge of the range.
-  std::vector<Span> spans;
+  double ha, la;            // units in the last place
+  double ep;                // relative error, of a complex result against its larger part
+  int points;               // random ones in the tests, in thousands
+  std::vector<Span> spans;  // of the arguments of functions of one input
   // Points, of either sign, whose neighbours are all tried: 4000 on each side. For functions of
   // two inputs they are values of the second input.
   std::vector<double> near;
@@ -39,6 +51,8 @@ struct Limits {
     // A second panel shows the errors by the distance from here, on either side.
     std::optional<double> zoom = {};
   } plot;
+  // Of the arguments of functions of two inputs: these kinds by turns, without any those for arithmetic.
+  std::vector<Pairs> pairs = {};
 
   // The shortest distance from the zoom point that shows, as a power of two.
   double zoom_low() const { return *plot.zoom == 0 ? -64 : type == 's' ? -24 : -53; }

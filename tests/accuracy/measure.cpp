@@ -204,6 +204,8 @@ class Measurer {
 
   Lane lane_of(const Contender& contender, const Batch<Real>& inputs, int i) const {
     Lane lane{};
+    const Reference& reference = (flushed_ ? exact_flushed_ : exact_)[i * parts_];
+    lane.underflow = underflows(reference);
     lane.accuracy = contender.accuracy;
     lane.single = sizeof(Real) == 4;
     for (int part = 0; part < parts_; ++part) {
@@ -212,6 +214,13 @@ class Measurer {
       lane.overflow |= std::isinf(results_[i * parts_ + part]);
     }
     return lane;
+  }
+  // Below the normal numbers as rounded to the precision of a double: half a unit there is a quarter of
+  // one here.
+  static bool underflows(const Reference& reference) {
+    const double size = std::abs(reference.head);
+    const double tail = std::copysign(1.0, reference.head) * reference.tail;
+    return size < kLowest || (size == kLowest && tail < -0.25);
   }
   bool takes(const Contender& contender, const Batch<Real>& batch, int i) const {
     return !contender.callout || oracle_.callout_takes == nullptr ||
@@ -337,9 +346,7 @@ Measurement measure(const Subject& subject, const Limits& limits, const Oracle& 
                     int64_t points, bool profile) {
   return with_type(subject, [&]<class Type>(Type) {
     return Measurer<Type>(subject, limits, oracle).run(profile, [&](auto& measurer) {
-      Sampler<typename Type::Real, Measurer<Type>>(limits, subject.parts(), subject.operands(),
-                                                   measurer)
-          .run(points);
+      Sampler<typename Type::Real, Measurer<Type>>(limits, subject, measurer).run(points);
     });
   });
 }

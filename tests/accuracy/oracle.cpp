@@ -52,6 +52,17 @@ int exponential(const Lane& lane) {
   return finite_overflow(lane);
 }
 
+// Powers: the situations of the standard that are no error come first.
+int power(const Lane& lane) {
+  const double a = lane.a[0], b = lane.b[0];
+  if (std::isnan(a) || std::isnan(b) || a == 1 || b == 0) return KAM_STATUS_OK;
+  if (a == 0) return b < 0 ? KAM_STATUS_ERRDOM : KAM_STATUS_OK;
+  if (std::isinf(a) || std::isinf(b)) return KAM_STATUS_OK;
+  if (a < 0 && b != std::floor(b)) return KAM_STATUS_ERRDOM;
+  if (lane.overflow) return KAM_STATUS_OVERFLOW;
+  return lane.underflow ? KAM_STATUS_UNDERFLOW : KAM_STATUS_OK;
+}
+
 // Where e^x and 1 don't both show in e^x - 1.
 bool far_from_zero(const Lane& lane) { return !(std::abs(lane.a[0]) <= (lane.single ? 86 : 707)); }
 
@@ -153,6 +164,8 @@ const Oracle kOracles[] = {
      nullptr,
      1,
      {linear_fraction<float>, linear_fraction<double>}},
+    {"Pow", false, ORBA_BINARY(mpfr_pow), nullptr, power},
+    {"Powx", false, ORBA_BINARY(mpfr_pow), nullptr, power},
     {"Add", true, ORBA_PARTS(mpfr_add), nullptr, finite_overflow_but_ep},
     {"Sub", true, ORBA_PARTS(mpfr_sub), nullptr, finite_overflow_but_ep},
     {"Mul", true, multiply, nullptr, finite_overflow},

@@ -30,6 +30,7 @@ enum class Measure {
 struct Lane {
   double a[2], b[2];
   bool overflow;  // a part of the result is infinite; whether it should be is a matter of its error
+  bool underflow;  // the exact result is below the normal numbers
   bool single;
   uint32_t accuracy;
   bool finite_inputs() const {

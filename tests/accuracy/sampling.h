@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tests/accuracy/limits.h"
+#include "tests/support/kernel_subjects.h"
 
 namespace orba::test {
 
@@ -23,6 +24,7 @@ struct Batch {
 
 inline constexpr int kBatch = 4096;
 inline constexpr int kNeighbours = 4000;
+inline constexpr int kLanes = 16;  // of a vector, at most
 
 // The order of the reals as an order of integers: neighbours differ by 1, both zeros are 0.
 template <class Real>
@@ -38,12 +40,15 @@ Real from_bits(Bits bits) {
 }
 
 // Calls sink(batch) until the inputs are used up: `points` spread over the row's spans (or random
-// pairs), as many as fit around the zoom point, and the neighbours of the row's points.
+// pairs), as many as fit around the zoom point, and the neighbours of the row's points. Where the
+// second argument is a scalar it stays the same over short arrays.
 template <class Real, class Sink>
 class Sampler {
  public:
-  Sampler(const Limits& limits, int parts, int operands, Sink& sink)
-      : limits_(limits), parts_(parts), operands_(operands), sink_(sink) {
+  Sampler(const Limits& limits, const Subject& subject, Sink& sink)
+      : Sampler(limits, subject.parts(), subject.operands(), subject.scalars == 1, sink) {}
+  Sampler(const Limits& limits, int parts, int operands, bool scalar, Sink& sink)
+      : limits_(limits), parts_(parts), operands_(operands), scalar_(scalar), sink_(sink) {
     batch_.a.resize(kBatch * parts);
     batch_.b.resize(kBatch * parts);
   }
@@ -64,7 +69,7 @@ class Sampler {
            {-Real{0}, Numbers::infinity(), -Numbers::infinity(), Numbers::quiet_NaN()})
         push(x);
     } else {
-      for (int64_t i = 0; i < points; ++i) push_pair(static_cast<int>(i % (parts_ == 2 ? 6 : 5)));
+      push_pairs(points);
     }
     if (const auto& zoom = limits_.plot.zoom) {
       for (int64_t i = 0; i < points / 8; ++i) {
@@ -81,6 +86,7 @@ class Sampler {
 
  private:
   using Bits = decltype(bits_of(Real{}));
+  using enum Pairs;
   using Numbers = std::numeric_limits<Real>;
   static constexpr int kLowExponent = Numbers::min_exponent - Numbers::digits;  // lowest denormal
   static constexpr int kHighExponent = Numbers::max_exponent - 1;
@@ -138,39 +144,94 @@ class Sampler {
     }
   }
 
-  void push_pair(int kind) {
-    Real* a = &batch_.a[batch_.count * parts_];
-    Real* b = &batch_.b[batch_.count * parts_];
+  void push_pairs(int64_t points) {
+    std::vector<Pairs> kinds = limits_.pairs;
+    if (kinds.empty()) kinds = {kAny, kOrdinary, kProduct, kQuotient, kSum};
+    if (limits_.pairs.empty() && parts_ == 2) kinds.push_back(kParts);
+    for (int64_t i = 0, turn = 0; i < points; ++i, ++turn) {
+      Real* a = &batch_.a[batch_.count * parts_];
+      Real* b = &batch_.b[batch_.count * parts_];
+      push_pair(kinds[turn % kinds.size()], a, b);
+      if (!scalar_) continue;
+      const Real base = a[0], power = b[0];
+      for (int more = exponent(0, 6 * kLanes); more > 0; --more, ++i) {
+        batch_.a[batch_.count] = base_like(base);
+        batch_.b[batch_.count] = power;
+        next();
+      }
+    }
+  }
+
+  void push_pair(Pairs kind, Real* a, Real* b) {
     const int ea = exponent(kLowExponent, kHighExponent);
     const int edge = random_bit()   ? exponent(Numbers::min_exponent - 4, Numbers::min_exponent + 2)
                      : random_bit() ? exponent(kLowExponent - 2, Numbers::min_exponent)
                                     : exponent(kHighExponent - 2, kHighExponent + 2);
     switch (kind) {
-      case 0:  // anything
+      case kAny:
         for (int part = 0; part < parts_; ++part) a[part] = any(), b[part] = any();
         break;
-      case 1:  // ordinary
+      case kOrdinary:
         element(a, exponent(-4, 4));
         element(b, exponent(-4, 4));
         break;
-      case 2:  // product at the edge of the range
+      case kProduct:
         element(a, ea);
         element(b, edge - ea);
         break;
-      case 3:  // quotient at the edge of the range
+      case kQuotient:
         element(a, ea);
         element(b, ea - edge);
         break;
-      case 4:  // sum or difference cancels
+      case kSum:
         element(a, ea);
         for (int part = 0; part < parts_; ++part) b[part] = close_to(a[part]);
         break;
-      default:  // a part of the complex product cancels
+      case kParts:
         element(a, exponent(kLowExponent / 2, kHighExponent / 2));
         b[0] = close_to(a[1]);
         b[1] = close_to(a[0]);
+        break;
+      case kPower:
+        a[0] = any();
+        b[0] = power_of(a[0], (kLowExponent - 8) + unit() * (kHighExponent - kLowExponent + 16));
+        break;
+      case kPowerEdge:
+        a[0] = random_bit() ? any() : number(exponent(-8, 8));
+        b[0] = power_of(a[0], edge + unit());
+        break;
+      case kPowerNearOne: {
+        const double distance = std::exp2(-1 - unit() * Numbers::digits);
+        a[0] = static_cast<Real>(random_bit() ? 1 + distance : 1 - distance);
+        b[0] =
+            power_of(a[0], random_bit() ? edge + unit()
+                                        : kLowExponent + unit() * (kHighExponent - kLowExponent));
+        break;
+      }
+      case kPowerSimple: {
+        constexpr double simple[] = {0, 1, 2, 3, 0.5, 1.0 / 3, 1.5, 0.25};
+        a[0] = random_bit() ? any() : number(exponent(-20, 20));
+        b[0] = static_cast<Real>(random_bit() ? simple[random_() % std::size(simple)]
+                                              : static_cast<double>(random_() % 64));
+        if (random_bit()) b[0] = -b[0];
+        break;
+      }
     }
     next();
+  }
+
+  // b for a^b near 2^e: mostly an integer where a is negative, sometimes where it is not.
+  Real power_of(Real a, double e) {
+    const double log = std::log2(std::abs(static_cast<double>(a)));
+    const double b = log != 0 ? e / log : e;
+    const bool whole = (random_() & 7) != 0 ? std::signbit(a) : random_bit();
+    return static_cast<Real>(whole ? std::round(b) : b);
+  }
+  // A number whose powers are at most a little larger or smaller than those of a.
+  Real base_like(Real a) {
+    const double share = 1.02 * unit() - (random_bit() ? 1 : 0);
+    const auto x = static_cast<Real>(std::exp(share * std::log(std::abs(static_cast<double>(a)))));
+    return std::isfinite(x) ? std::copysign(x, a) : a;
   }
 
   // A complex number whose parts are mostly near each other in size.
@@ -213,6 +274,7 @@ class Sampler {
 
   const Limits& limits_;
   const int parts_, operands_;
+  const bool scalar_;
   Sink& sink_;
   Batch<Real> batch_;
   std::mt19937_64 random_{20240229};

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <ostream>
 #include <string>
 #include <type_traits>
@@ -189,7 +190,7 @@ constexpr Real kScalars[] = {1.25, -0.5, 0.75, 3};
 
 // Runs a kernel of any shape over arrays that have parts() reals per element, arguments and results
 // alike (missing ones are not read, and become 0). b is the second argument, also where that is a
-// scalar: then every element is a call of its own, which the base pointer hides from the reports.
+// scalar: then a row of equal ones is a call of its own, which the base pointer hides from the reports.
 template <class Type, class Real = typename Type::Real>
 void call(const Subject& subject, vector::KamKernel kernel, int n, const Real* a, const Real* b,
           Real* r) {
@@ -204,8 +205,13 @@ void call(const Subject& subject, vector::KamKernel kernel, int n, const Real* a
   }
   if (subject.scalars == 1) {
     vector::thread_words().base = x.data();
-    for (int i = 0; i < n; ++i) {
-      subject.invoke(kernel, 1, {{&x[i * in], nullptr}, {&y[i * out], &z[i * out]}, &s[i * in]});
+    const auto same = [&](int i, int j) {
+      return std::memcmp(&s[i * in], &s[j * in], in * sizeof(Real)) == 0;
+    };
+    for (int i = 0, end = 0; i < n; i = end) {
+      while (end < n && same(i, end)) ++end;
+      subject.invoke(kernel, end - i,
+                     {{&x[i * in], nullptr}, {&y[i * out], &z[i * out]}, &s[i * in]});
     }
     vector::thread_words().base = nullptr;
   } else {

@@ -28,18 +28,19 @@ class Real {
 using Log = int (*)(mpfr_ptr, mpfr_srcptr, mpfr_rnd_t);
 
 // Sums k*log(2) + log(c) of leading words are exact in their format: a double leaves 10 bits, a
-// float 7, for what stands before the binary point. 28 bits of the rest are plenty.
-constexpr int kQuantum64 = 42, kQuantum32 = 17, kTailBits = 28;
+// float 7, for what stands before the binary point. 28 bits of the rest are plenty for a logarithm;
+// one that gets multiplied has all of them.
+constexpr int kQuantum64 = 42, kQuantum32 = 17, kTailBits = 28, kFullTailBits = 53;
 
 // log(x) as a multiple of 2^-quantum_bits and the rest.
-Words split_log(Log log, double x, int quantum_bits) {
+Words split_log(Log log, double x, int quantum_bits, int tail_bits = kTailBits) {
   Real v(x), hi(0);
   log(v.get(), v.get(), MPFR_RNDN);
   mpfr_mul_2si(hi.get(), v.get(), quantum_bits, MPFR_RNDN);
   mpfr_rint(hi.get(), hi.get(), MPFR_RNDN);
   mpfr_div_2si(hi.get(), hi.get(), quantum_bits, MPFR_RNDN);
   mpfr_sub(v.get(), v.get(), hi.get(), MPFR_RNDN);
-  mpfr_prec_round(v.get(), quantum_bits == kQuantum64 ? kTailBits : 24, MPFR_RNDN);
+  mpfr_prec_round(v.get(), quantum_bits == kQuantum64 ? tail_bits : 24, MPFR_RNDN);
   return {mpfr_get_d(hi.get(), MPFR_RNDN), mpfr_get_d(v.get(), MPFR_RNDN)};
 }
 
@@ -120,10 +121,11 @@ double c_of_row(int rows, int j) { return reciprocal(rows, j).c; }
 double one_and_fraction(int rows, int j) { return 1 + double(j) / rows; }
 
 // -log(c) of the rows in two words.
-void write_logs(const char* name, Log log, int rows, const char* type, double (*c)(int, int)) {
+void write_logs(const char* name, Log log, int rows, const char* type, double (*c)(int, int),
+                int tail_bits = kTailBits) {
   std::printf("constexpr PairTable<%s, %d> %s{{\n", type, rows, name);
   write_pairs(rows, single(type), [&](int j) {
-    return negated(split_log(log, c(rows, j), single(type) ? kQuantum32 : kQuantum64));
+    return negated(split_log(log, c(rows, j), single(type) ? kQuantum32 : kQuantum64, tail_bits));
   });
   std::printf("}};\n");
 }
@@ -152,6 +154,23 @@ void write_packed_rows(const char* name, Log log) {
   std::printf("};\n");
 }
 
+double rounded_log(double x) {
+  Real v(x);
+  mpfr_log(v.get(), v.get(), MPFR_RNDN);
+  return mpfr_get_d(v.get(), MPFR_RNDN);
+}
+
+// Rows of -log(c) in two words, c, -log(c) rounded once.
+void write_rows_of_four(const char* name, int rows) {
+  std::printf("alignas(64) const double %s[%d][4] = {\n", name, rows);
+  for (int j = 0; j < rows; ++j) {
+    const double c = reciprocal(rows, j).c;
+    const Words w = negated(split_log(mpfr_log, c, kQuantum64, kFullTailBits));
+    std::printf("    {%a, %a, %a, %a},\n", w.hi, w.lo, c, 0 - rounded_log(c));
+  }
+  std::printf("};\n");
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -168,6 +187,9 @@ int main(int count, char** arguments) {
     write_reciprocals(nullptr, 256);
     write_packed_rows("kLnRows256", mpfr_log);
     write_packed_rows("kLog10Rows256", mpfr_log10);
+    std::printf("\n// The same unpacked, lo words in full: hi, lo, c, the logarithm rounded once.");
+    write_reciprocals(nullptr, 128);
+    write_rows_of_four("kLnRows128", 128);
     end_shared_source();
     return 0;
   }
@@ -187,6 +209,15 @@ int main(int count, char** arguments) {
   write_logs("kLog10Sixteenths", mpfr_log10, 16, "double", one_and_fraction);
   write_logs("kLnSixteenthsF", mpfr_log, 16, "float", one_and_fraction);
   write_rounded_logs("kLnRoundedSixteenthsF", mpfr_log, 16, one_and_fraction);
+
+  std::printf("\n// For factors: lo words in full, logarithms rounded once to double.\n");
+  const Words log_2 = split_log(mpfr_log, 2, kQuantum64, kFullTailBits);
+  std::printf("constexpr double kLnOf2Full[2] = {%a, %a};\n", log_2.hi, log_2.lo);
+  std::printf("constexpr double kLnOf2Rounded = %a;\n", rounded_log(2));
+  std::printf("constexpr Table<double, 16> kLnRoundedSixteenths = {{");
+  write_numbers(16, 4, false, [](int j) { return 0 - rounded_log(one_and_fraction(16, j)); });
+  std::printf("}};\n");
+  write_logs("kLnThirtySeconds", mpfr_log, 32, "double", one_and_fraction, kFullTailBits);
 
   std::printf(
       "\n// Tables of rows of [1, 2): c near 1/m for m in a row, and -log(c) in two words as "

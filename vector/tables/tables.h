@@ -16,6 +16,7 @@ alignas(64) extern const float kExp2Heads64F[64];
 // Reciprocals and their logarithms, tools/tables/log_tables.cpp.
 alignas(64) extern const double kLnRows256[256][2];
 alignas(64) extern const double kLog10Rows256[256][2];
+alignas(64) extern const double kLnRows128[128][4];
 
 #pragma GCC visibility pop
 

@@ -181,7 +181,7 @@ ORBA_INLINE int64_t rounds(const F& f, const Arrays<F>& x, int64_t i, int64_t en
 
 // The main loop of a function with callouts: a leaf, so that constants stay in registers.
 template <class F>
-__attribute__((noinline)) int64_t run_rounds(const F& f, const Arrays<F>& x, int64_t i,
+__attribute__((noinline)) int64_t run_rounds(const F f, const Arrays<F>& x, int64_t i,
                                              int64_t end) {
   return rounds(f, x, i, end);
 }

@@ -22,14 +22,6 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
-// Lanes for the callout: |x| above 707.703 on class 5, from 708.396 (by the high word) on the
-// others, above 87.3365 in single precision; NaN too. The results of all other lanes are normal.
-ORBA_INLINE M64 exp_special(F64 x) {
-  if constexpr (kClass == 5) return not_le(abs(x), F64(0x1.61da04cbafe44p9));
-  return high_above(as_bits(abs(x)), 0x4086232a);
-}
-ORBA_INLINE M32 exp_special(F32 x) { return as_bits(abs(x)) > I32(0x42aeac4f); }
-
 template <class V>
 struct ExpBase {
   using Vector = V;

@@ -125,6 +125,14 @@ ORBA_INLINE V exp_full(const ExpQuotient<V, rows>& k, V r) {
   return k.times_power(row.hi, mul_add(r2, in_pairs(r, r2, series), row.lo) + r);
 }
 
+// Lanes for the callout: |x| above 707.703 on class 5, from 708.396 (by the high word) on the
+// others, above 87.3365 in single precision; NaN too. The results of all other lanes are normal.
+ORBA_INLINE M64 exp_special(F64 x) {
+  if constexpr (kClass == 5) return not_le(abs(x), F64(0x1.61da04cbafe44p9));
+  return high_above(as_bits(abs(x)), 0x4086232a);
+}
+ORBA_INLINE M32 exp_special(F32 x) { return as_bits(abs(x)) > I32(0x42aeac4f); }
+
 // The scalar e^(x.hi + x.lo) = 2^n * (head + tail), error below 2^-58 of it, for |x.hi| below 1100
 // and x.lo within a few units of it.
 struct ScaledExp {

@@ -7,20 +7,34 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
+// e - e^2/2 for |e| < 1/16.
+ORBA_INLINE Pair<F64> log_lead(F64 e) {
+  if constexpr (kFused) {
+    const F64 half = -0.5 * e;
+    const F64 sum = mul_add(half, e, e);
+    return {sum, mul_add(half, e, e - sum)};
+  }
+  const Pair<F64> square = two_product(e, e);
+  const Pair<F64> sum = fast_two_sum(e, -0.5 * square.hi);
+  return {sum.hi, sum.lo - 0.5 * square.lo};
+}
+
+// log + ln(1 + e) for |log.hi| >= 2|e| or 0, of a reduction by the data: relative error that of the
+// data's polynomial and table, and 2^-52 of the cubic term.
+template <class Data>
+ORBA_INLINE Pair<F64> log_pair_sum(Pair<F64> log, F64 e) {
+  const F64 square = e * e;
+  const F64 tail = mul_add(square * e, even_odd<1>(e, square, Data::series), log.lo);
+  const Pair<F64> lead = log_lead(e);
+  const Pair<F64> sum = fast_two_sum(log.hi, lead.hi);
+  return fast_two_sum(sum.hi, (sum.lo + lead.lo) + tail);
+}
+
 // ln(x * 2^k), x positive and normal. Relative error below 2^-65, which the polynomial and, in the
 // rows next to 1, the tails of the table use up; 2^-70 of results above 1.
 ORBA_INLINE Pair<F64> log_pair(F64 x, double k = 0) {
-  using Data = LogNatural256;
-  const LogReduction<Data, F64> reduction(x);
-  const Pair<F64> log = reduction.log(k);
-  const F64 e = reduction.excess_of(x);
-  // e - e^2/2 + e^3*P(e) on top of the table's sum, whose head is 0 or at least 2|e|.
-  const Pair<F64> z = two_product(e, e);
-  const F64 cubic = z.hi * (e * even_odd<1>(e, z.hi, Data::series));
-  const Pair<F64> first = fast_two_sum(log.hi, e);
-  const Pair<F64> second = fast_two_sum(first.hi, -0.5 * z.hi);
-  const F64 rest = (first.lo + second.lo) + (log.lo + mul_add(F64(-0.5), z.lo, cubic));
-  return fast_two_sum(second.hi, rest);
+  const LogReduction<LogNatural256, F64> reduction(x);
+  return log_pair_sum<LogNatural256>(reduction.log(k), reduction.excess_of(x));
 }
 
 // ln(x) for any positive finite number.

@@ -28,7 +28,12 @@ namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
 // Where c comes from.
-enum class LogReciprocal { kApproximate, kTable, kPacked };  // packed into the rows of logarithms
+enum class LogReciprocal {
+  kApproximate,
+  kTable,
+  kPacked,  // into the rows of logarithms
+  kRows     // of four: logarithm in two words, c, logarithm rounded once
+};
 
 // Tables and polynomials of a base. In base 10 the argument of the polynomial has to be scaled, by
 // log10(e).
@@ -172,8 +177,8 @@ template <class E, int rows>
 constexpr int log2_rows(const PairTable<E, rows>&) {
   return __builtin_ctz(rows);
 }
-template <int rows>
-constexpr int log2_rows(const double (&)[rows][2]) {
+template <int rows, int width>
+constexpr int log2_rows(const double (&)[rows][width]) {
   return __builtin_ctz(rows);
 }
 
@@ -203,7 +208,15 @@ class LogReduction {
       k_ = exponent(x);
       index_ = shr<shift>(as_bits(x));
     }
-    log_ = lookup(Data::logs, index_);
+    if constexpr (Data::reciprocal == LogReciprocal::kRows) {
+      const Row<V, 4> row = lookup(Data::logs, index_);
+      log_ = {row.word[0], row.word[1]};
+      c_ = row.word[2];
+      rounded_ = row.word[3];
+      return;
+    } else {
+      log_ = lookup(Data::logs, index_);
+    }
     if constexpr (Data::reciprocal == LogReciprocal::kTable) {
       c_ = lookup(Data::reciprocals, index_);
     } else if constexpr (Data::reciprocal == LogReciprocal::kPacked) {
@@ -230,7 +243,9 @@ class LogReduction {
     return log_at(k_ + V(static_cast<Element>(k_correction * unit)));
   }
   ORBA_INLINE V rounded_log() const {
-    if constexpr (requires { Data::rounded_logs; })
+    if constexpr (Data::reciprocal == LogReciprocal::kRows)
+      return mul_add(k_, V(Data::rounded_log_2 / unit), rounded_);
+    else if constexpr (requires { Data::rounded_logs; })
       return mul_add(k_, V(Data::rounded_log_2 / unit), lookup(Data::rounded_logs, index_));
     else
       return log().hi;
@@ -261,6 +276,7 @@ class LogReduction {
   V k_, c_;
   typename V::Bits index_;
   Pair<V> log_;
+  V rounded_;  // of kRows alone
 };
 
 // log + log(1 + e) for |log.hi| >= 2|e| or 0.

@@ -81,6 +81,49 @@ constexpr Table<float, 16> kLnRoundedSixteenthsF = {{
     -0x1.9f323ep-2f, -0x1.c8ff7cp-2f, -0x1.f128f6p-2f, -0x1.0be72ep-1f,
     -0x1.1e85f6p-1f, -0x1.307d74p-1f, -0x1.41d8fep-1f, -0x1.52a2d2p-1f}};
 
+// For factors: lo words in full, logarithms rounded once to double.
+constexpr double kLnOf2Full[2] = {0x1.62e42fefa38p-1, 0x1.ef35793c7673p-45};
+constexpr double kLnOf2Rounded = 0x1.62e42fefa39efp-1;
+constexpr Table<double, 16> kLnRoundedSixteenths = {{
+    0x0p+0, -0x1.f0a30c01162a6p-5, -0x1.e27076e2af2e6p-4, -0x1.5ff3070a793d4p-3,
+    -0x1.c8ff7c79a9a22p-3, -0x1.1675cababa60ep-2, -0x1.4618bc21c5ec2p-2, -0x1.739d7f6bbd007p-2,
+    -0x1.9f323ecbf984cp-2, -0x1.c8ff7c79a9a22p-2, -0x1.f128f5faf06edp-2, -0x1.0be72e4252a83p-1,
+    -0x1.1e85f5e7040dp-1, -0x1.307d7334f10bep-1, -0x1.41d8fe84672aep-1, -0x1.52a2d265bc5abp-1}};
+constexpr PairTable<double, 32> kLnThirtySeconds{{
+    {0x0p+0, 0x0p+0},
+    {-0x1.f829b0e78p-6, -0x1.980267c7e09e4p-45},
+    {-0x1.f0a30c0118p-5, 0x1.d599e83368e91p-45},
+    {-0x1.6f0d28ae58p-4, 0x1.4b4641b664613p-44},
+    {-0x1.e27076e2bp-4, 0x1.a342c2af0003cp-45},
+    {-0x1.29552f82p-3, 0x1.5b967f4471dfcp-44},
+    {-0x1.5ff3070a7ap-3, 0x1.8586f183bebf2p-44},
+    {-0x1.9525a9cf46p-3, 0x1.297137d9f158fp-44},
+    {-0x1.c8ff7c79aap-3, 0x1.7794f689f8434p-45},
+    {-0x1.fb9186d5e4p-3, 0x1.d572aab993c87p-47},
+    {-0x1.1675cababap-2, -0x1.8380e731f55c4p-44},
+    {-0x1.2e8e2bae12p-2, 0x1.67b1e99b72bd8p-45},
+    {-0x1.4618bc21c6p-2, 0x1.3d82f484c84ccp-46},
+    {-0x1.5d1bdbf581p-2, 0x1.8d6bdc9c7c238p-44},
+    {-0x1.739d7f6bbdp-2, -0x1.a7389314feb5p-52},
+    {-0x1.89a3386c14p-2, -0x1.2d5ad38c40882p-45},
+    {-0x1.9f323ecbfap-2, 0x1.ed03525ca2643p-44},
+    {-0x1.b44f77bcc9p-2, 0x1.3ae68224aa2cep-47},
+    {-0x1.c8ff7c79aap-2, 0x1.7794f689f8434p-44},
+    {-0x1.dd46a04c1cp-2, -0x1.282fb989a9274p-44},
+    {-0x1.f128f5fafp-2, -0x1.bb2cd720ec44cp-44},
+    {-0x1.02552a5a5dp-1, -0x1.fd8d38d2bafddp-46},
+    {-0x1.0be72e42528p-1, -0x1.415b4c4bdd99fp-44},
+    {-0x1.154c3d2f4d8p-1, 0x1.0b2b38662e34dp-44},
+    {-0x1.1e85f5e704p-1, -0x1.a07bd8b34be7cp-46},
+    {-0x1.2795e1289bp-1, -0x1.1aeb783f3db97p-45},
+    {-0x1.307d7334f1p-1, -0x1.7c3f6b2143eadp-46},
+    {-0x1.393e0d35628p-1, -0x1.0cd4e221301b7p-44},
+    {-0x1.41d8fe8467p-1, -0x1.5732325e617a3p-44},
+    {-0x1.4a4f85db04p-1, 0x1.44fdd840b8591p-45},
+    {-0x1.52a2d265bc8p-1, 0x1.2a88c41ba8752p-44},
+    {-0x1.5ad404c35ap-1, 0x1.a609acaab41fcp-46},
+}};
+
 // Tables of rows of [1, 2): c near 1/m for m in a row, and -log(c) in two words as above;
 // e = c*m - 1.
 
