@@ -44,10 +44,11 @@ struct SinCosBase {
 
 template <class V, bool cosine, bool exact>
 struct SinCosPrecise : SinCosBase<V, cosine, exact> {
-  static constexpr typename V::Element bound = sizeof(typename V::Element) == 4 ? 10000
-                                               : exact || !kFused ? 0x1.00000e4db24cp16
-                                               : cosine           ? 0x1p23
-                                                                  : 0x1p24;
+  static constexpr auto bound =
+      static_cast<typename V::Element>(sizeof(typename V::Element) == 4 ? 10000
+                                       : exact || !kFused               ? 0x1.00000e4db24cp16
+                                       : cosine                         ? 0x1p23
+                                                                        : 0x1p24);
   ORBA_INLINE static V eval(V x, typename V::Mask& flag) {
     const V a = abs(x);
     flag = flag | not_le(a, V(bound));

@@ -63,9 +63,10 @@ struct SinCosBase {
 
 template <class V, bool exact>
 struct SinCosBoth : SinCosBase<V, exact> {
-  static constexpr typename V::Element bound = sizeof(typename V::Element) == 4 ? 10000
-                                               : exact || !kFused ? 0x1.00000e4db24cp16
-                                                                  : 0x1p23;
+  static constexpr auto bound =
+      static_cast<typename V::Element>(sizeof(typename V::Element) == 4 ? 10000
+                                       : exact || !kFused               ? 0x1.00000e4db24cp16
+                                                                        : 0x1p23);
   ORBA_INLINE static Results<V> eval(V x, typename V::Mask& flag) {
     const V a = abs(x);
     flag = flag | not_le(a, V(bound));

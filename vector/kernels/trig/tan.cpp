@@ -18,22 +18,24 @@
 namespace orba::ORBA_CLASS_NAMESPACE {
 namespace {
 
+#if ORBA_CLASS >= 3
 template <class V>
 struct Ratio;
 template <>
 struct Ratio<F64> {
   static constexpr double second_above = kTangentPairNumeratorSecond;
   static constexpr double second_below = kTangentPairDenominatorSecond;
-  static constexpr auto &above = kTangentPairNumeratorSeries,
-                        &below = kTangentPairDenominatorSeries;
+  static constexpr auto& above = kTangentPairNumeratorSeries;
+  static constexpr auto& below = kTangentPairDenominatorSeries;
 };
 template <>
 struct Ratio<F32> {
   static constexpr float second_above = kTangentPairFNumeratorSecond;
   static constexpr float second_below = kTangentPairFDenominatorSecond;
-  static constexpr auto &above = kTangentPairFNumeratorSeries,
-                        &below = kTangentPairFDenominatorSeries;
+  static constexpr auto& above = kTangentPairFNumeratorSeries;
+  static constexpr auto& below = kTangentPairFDenominatorSeries;
 };
+#endif
 
 // A multiple of sine and cosine, heads and tails overlapping.
 template <bool exact, class V>
@@ -55,19 +57,22 @@ ORBA_INLINE SineCosine<V> tangent_terms(const Reduced<V>& r) {
 
 // 1/a, relative error below 2^-41 (single: 2^-22); exactly 1 for 1, so that small results don't pass
 // through smaller corrections.
-ORBA_INLINE F64 reciprocal(F64 a) {
 #if ORBA_CLASS == 5
+ORBA_INLINE F64 reciprocal(F64 a) {
   const F64 y = approx_recip(a);
   const F64 e = neg_mul_add(a, y, F64(1.0));
   return mul_add(y, mul_add(e, e, e), y);
-#else
-  return F64(1.0) / a;
-#endif
 }
 ORBA_INLINE F32 reciprocal(F32 a) {
   const F32 y = approx_recip(a);
   return mul_add(y, neg_mul_add(a, y, F32(1.0f)), y);
 }
+#else
+template <class V>
+ORBA_INLINE V reciprocal(V a) {
+  return V(1.0f) / a;
+}
+#endif
 
 template <bool exact, class V>
 ORBA_INLINE V tangent(V x, const Reduced<V>& r) {
@@ -117,8 +122,8 @@ struct TanBase {
 
 template <class V, bool exact>
 struct TanPairs : TanBase<V, exact> {
-  static constexpr typename V::Element bound =
-      sizeof(typename V::Element) == 4 ? 10000 : 0x1.00000e4db24cp16;
+  static constexpr auto bound = static_cast<typename V::Element>(
+      sizeof(typename V::Element) == 4 ? 10000 : 0x1.00000e4db24cp16);
   ORBA_INLINE static V eval(V x, typename V::Mask& flag) {
     const V a = abs(x);
     flag = flag | not_le(a, V(bound));
