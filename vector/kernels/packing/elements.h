@@ -96,7 +96,7 @@ ORBA_INLINE void scatter(int64_t n, const E* a, E* y, Place place) {
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
 #define ORBA_PACKING_KERNEL(shape, t, Name, function, ...) \
-  ORBA_ENTRY(shape, t, Name, ALL) { orba::ORBA_CLASS_NAMESPACE::function(n, __VA_ARGS__); }
+  ORBA_KERNEL_ENTRY(shape, t, Name, ALL) { orba::ORBA_CLASS_NAMESPACE::function(n, __VA_ARGS__); }
 #define ORBA_PACKING_KERNELS(shape, Name, function, ...)     \
   ORBA_PACKING_KERNEL(shape, s, Name, function, __VA_ARGS__) \
   ORBA_PACKING_KERNEL(shape, d, Name, function, __VA_ARGS__) \
