@@ -60,6 +60,9 @@ ORBA_DECLARE_LIBMVEC(asin)
 ORBA_DECLARE_LIBMVEC(acos)
 ORBA_DECLARE_LIBMVEC(atan)
 ORBA_DECLARE_LIBMVEC_2(atan2)
+ORBA_DECLARE_LIBMVEC(sinh)
+ORBA_DECLARE_LIBMVEC(cosh)
+ORBA_DECLARE_LIBMVEC(tanh)
 #endif
 
 namespace orba::bench::ORBA_CLASS_NAMESPACE {
@@ -167,6 +170,9 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBMVEC_PEER(Acos, acos);
   ORBA_LIBMVEC_PEER(Atan, atan);
   ORBA_LIBMVEC_PEER_2(Atan2, atan2);
+  ORBA_LIBMVEC_PEER(Sinh, sinh);
+  ORBA_LIBMVEC_PEER(Cosh, cosh);
+  ORBA_LIBMVEC_PEER(Tanh, tanh);
 #endif
 #if ORBA_BENCH_SLEEF
   ORBA_SLEEF_PEER(Sqrt, sqrt, u05);
@@ -193,6 +199,12 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_SLEEF_PEER(Atan, atan, u35);
   ORBA_SLEEF_PEER_2(Atan2, atan2, u10);
   ORBA_SLEEF_PEER_2(Atan2, atan2, u35);
+  ORBA_SLEEF_PEER(Sinh, sinh, u10);
+  ORBA_SLEEF_PEER(Sinh, sinh, u35);
+  ORBA_SLEEF_PEER(Cosh, cosh, u10);
+  ORBA_SLEEF_PEER(Cosh, cosh, u35);
+  ORBA_SLEEF_PEER(Tanh, tanh, u10);
+  ORBA_SLEEF_PEER(Tanh, tanh, u35);
 #endif
 #if ORBA_BENCH_XSIMD
   ORBA_XSIMD_PEER(Sqrt, sqrt);
@@ -208,6 +220,9 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_XSIMD_PEER(Acos, acos);
   ORBA_XSIMD_PEER(Atan, atan);
   ORBA_XSIMD_PEER_2(Atan2, atan2);
+  ORBA_XSIMD_PEER(Sinh, sinh);
+  ORBA_XSIMD_PEER(Cosh, cosh);
+  ORBA_XSIMD_PEER(Tanh, tanh);
 #endif
 }
 

@@ -82,6 +82,9 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBM_LOOP(Asin, asin);
   ORBA_LIBM_LOOP(Acos, acos);
   ORBA_LIBM_LOOP(Atan, atan);
+  ORBA_LIBM_LOOP(Sinh, sinh);
+  ORBA_LIBM_LOOP(Cosh, cosh);
+  ORBA_LIBM_LOOP(Tanh, tanh);
   ORBA_LOOP_2(s, float, Atan2, atan2f(p, q));
   ORBA_LOOP_2(d, double, Atan2, atan2(p, q));
 }

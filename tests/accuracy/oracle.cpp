@@ -47,7 +47,7 @@ int exponential(const Lane& lane) {
   return finite_overflow(lane);
 }
 
-// Where e^x and 1 don't both show in e^x - 1.
+// Where e^x and 1, or e^x and e^-x, don't both show in the result.
 bool far_from_zero(const Lane& lane) { return !(std::abs(lane.a[0]) <= (lane.single ? 86 : 707)); }
 
 // re = a.re*u.re - a.im*u.im and so on: products are exact, each sum is rounded once.
@@ -120,6 +120,11 @@ const Oracle kOracles[] = {
     {"Acos", false, ORBA_UNARY(mpfr_acos), ORBA_WIDE(std::acos(x)), beyond_one},
     {"Atan", false, ORBA_UNARY(mpfr_atan), ORBA_WIDE(std::atan(x)), never},
     {"Atan2", false, ORBA_BINARY(mpfr_atan2), nullptr, never},
+    {"Sinh", false, ORBA_UNARY(mpfr_sinh), ORBA_WIDE(std::sinh(x)), finite_overflow, kByMode,
+     far_from_zero},
+    {"Cosh", false, ORBA_UNARY(mpfr_cosh), ORBA_WIDE(std::cosh(x)), finite_overflow, kByMode,
+     far_from_zero},
+    {"Tanh", false, ORBA_UNARY(mpfr_tanh), ORBA_WIDE(std::tanh(x)), never},
     {"Add", true, ORBA_PARTS(mpfr_add), nullptr, finite_overflow_but_ep},
     {"Sub", true, ORBA_PARTS(mpfr_sub), nullptr, finite_overflow_but_ep},
     {"Mul", true, multiply, nullptr, finite_overflow},
