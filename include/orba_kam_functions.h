@@ -602,3 +602,37 @@ void vdPowx(int32_t n, const double* a, double b, double* y);
 void vmdPowx(int32_t n, const double* a, double b, double* y, uint32_t mode);
 void vdpowx(const int32_t* n, const double* a, const double* b, double* y);
 void vmdpowx(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);
+
+/* Hyperbolic sine; zeros keep their sign. KAM_STATUS_OVERFLOW for a finite argument from 710.4758600739440
+ * on, of either sign (in single precision 89.41599). By the exponentials of a and -a from one reduction.
+ */
+void vsSinh(int32_t n, const float* a, float* y);
+void vmsSinh(int32_t n, const float* a, float* y, uint32_t mode);
+void vssinh(const int32_t* n, const float* a, float* y);
+void vmssinh(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdSinh(int32_t n, const double* a, double* y);
+void vmdSinh(int32_t n, const double* a, double* y, uint32_t mode);
+void vdsinh(const int32_t* n, const double* a, double* y);
+void vmdsinh(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Hyperbolic cosine; 1 for 0 exactly. KAM_STATUS_OVERFLOW and method: see Sinh. */
+void vsCosh(int32_t n, const float* a, float* y);
+void vmsCosh(int32_t n, const float* a, float* y, uint32_t mode);
+void vscosh(const int32_t* n, const float* a, float* y);
+void vmscosh(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdCosh(int32_t n, const double* a, double* y);
+void vmdCosh(int32_t n, const double* a, double* y, uint32_t mode);
+void vdcosh(const int32_t* n, const double* a, double* y);
+void vmdcosh(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Hyperbolic tangent; any argument. Zeros keep their sign, infinities give 1 with theirs, as do all
+ * arguments from 19.0616 on (in single precision 9.0110). Addition theorem about multiples of ln2/2.
+ */
+void vsTanh(int32_t n, const float* a, float* y);
+void vmsTanh(int32_t n, const float* a, float* y, uint32_t mode);
+void vstanh(const int32_t* n, const float* a, float* y);
+void vmstanh(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdTanh(int32_t n, const double* a, double* y);
+void vmdTanh(int32_t n, const double* a, double* y, uint32_t mode);
+void vdtanh(const int32_t* n, const double* a, double* y);
+void vmdtanh(const int32_t* n, const double* a, double* y, const uint32_t* mode);

@@ -64,6 +64,9 @@ ORBA_DECLARE_LIBMVEC(asinh)
 ORBA_DECLARE_LIBMVEC(acosh)
 ORBA_DECLARE_LIBMVEC(atanh)
 ORBA_DECLARE_LIBMVEC_2(pow)
+ORBA_DECLARE_LIBMVEC(sinh)
+ORBA_DECLARE_LIBMVEC(cosh)
+ORBA_DECLARE_LIBMVEC(tanh)
 #endif
 
 namespace orba::bench::ORBA_CLASS_NAMESPACE {
@@ -191,6 +194,9 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBMVEC_PEER(Atanh, atanh);
   ORBA_LIBMVEC_PEER_2(Pow, pow);
   ORBA_LIBMVEC_PEER_SCALAR(Powx, pow);
+  ORBA_LIBMVEC_PEER(Sinh, sinh);
+  ORBA_LIBMVEC_PEER(Cosh, cosh);
+  ORBA_LIBMVEC_PEER(Tanh, tanh);
 #endif
 #if ORBA_BENCH_SLEEF
   ORBA_SLEEF_PEER(Sqrt, sqrt, u05);
@@ -222,6 +228,12 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_SLEEF_PEER(Atanh, atanh, u10);
   ORBA_SLEEF_PEER_2(Pow, pow, u10);
   ORBA_SLEEF_PEER_SCALAR(Powx, pow, u10);
+  ORBA_SLEEF_PEER(Sinh, sinh, u10);
+  ORBA_SLEEF_PEER(Sinh, sinh, u35);
+  ORBA_SLEEF_PEER(Cosh, cosh, u10);
+  ORBA_SLEEF_PEER(Cosh, cosh, u35);
+  ORBA_SLEEF_PEER(Tanh, tanh, u10);
+  ORBA_SLEEF_PEER(Tanh, tanh, u35);
 #endif
 #if ORBA_BENCH_XSIMD
   ORBA_XSIMD_PEER(Sqrt, sqrt);
@@ -241,6 +253,9 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_XSIMD_PEER(Acosh, acosh);
   ORBA_XSIMD_PEER(Atanh, atanh);
   ORBA_XSIMD_PEER_2(Pow, pow);
+  ORBA_XSIMD_PEER(Sinh, sinh);
+  ORBA_XSIMD_PEER(Cosh, cosh);
+  ORBA_XSIMD_PEER(Tanh, tanh);
 #endif
 }
 

@@ -147,6 +147,9 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_PACK_LOOPS(d, double);
   ORBA_PACK_LOOPS(c, KamComplex8);
   ORBA_PACK_LOOPS(z, KamComplex16);
+  ORBA_LIBM_LOOP(Sinh, sinh);
+  ORBA_LIBM_LOOP(Cosh, cosh);
+  ORBA_LIBM_LOOP(Tanh, tanh);
   ORBA_LOOP_2(s, float, Atan2, atan2f(p, q));
   ORBA_LOOP_2(d, double, Atan2, atan2(p, q));
   ORBA_LIBM_LOOP(Asinh, asinh);

@@ -64,6 +64,7 @@ int power(const Lane& lane) {
 }
 
 // Where e^x and 1 don't both show in e^x - 1.
+// Where e^x and 1, or e^x and e^-x, don't both show in the result.
 bool far_from_zero(const Lane& lane) { return !(std::abs(lane.a[0]) <= (lane.single ? 86 : 707)); }
 
 // re = a.re*u.re - a.im*u.im and so on: products are exact, each sum is rounded once.
@@ -166,6 +167,11 @@ const Oracle kOracles[] = {
      {linear_fraction<float>, linear_fraction<double>}},
     {"Pow", false, ORBA_BINARY(mpfr_pow), nullptr, power},
     {"Powx", false, ORBA_BINARY(mpfr_pow), nullptr, power},
+    {"Sinh", false, ORBA_UNARY(mpfr_sinh), ORBA_WIDE(std::sinh(x)), finite_overflow, kByMode,
+     far_from_zero},
+    {"Cosh", false, ORBA_UNARY(mpfr_cosh), ORBA_WIDE(std::cosh(x)), finite_overflow, kByMode,
+     far_from_zero},
+    {"Tanh", false, ORBA_UNARY(mpfr_tanh), ORBA_WIDE(std::tanh(x)), never},
     {"Add", true, ORBA_PARTS(mpfr_add), nullptr, finite_overflow_but_ep},
     {"Sub", true, ORBA_PARTS(mpfr_sub), nullptr, finite_overflow_but_ep},
     {"Mul", true, multiply, nullptr, finite_overflow},

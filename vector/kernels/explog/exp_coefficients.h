@@ -96,5 +96,59 @@ constexpr float kExpm1ShortSeries8F[] = {
 constexpr float kExpm1ShortSeries16F[] = {
     0x1.000292p0f, 0x1.000002p-1f};
 
+// (sinh r)/r from x on, x = r^2, |x| <= 4.7016143798828125e-4, error below 2^-69.
+constexpr double kSinhSeries16[] = {
+    0x1.5555555555557p-3, 0x1.11111110b6f85p-7, 0x1.a01b50438650ap-13};
+
+// cosh r from x on, x = r^2, |x| <= 4.7016143798828125e-4, error below 2^-66.
+constexpr double kCoshSeries16[] = {
+    0x1.0000000000004p-1, 0x1.5555555484b44p-5, 0x1.6c183df93b9acp-10};
+
+// (sinh r)/r from x on, x = r^2, |x| <= 0.120361328125, error below 2^-61.
+constexpr double kSinhSeries[] = {
+    0x1.5555555555559p-3, 0x1.111111110f648p-7, 0x1.a01a01b00c2f6p-13, 0x1.71ddf7f266a2cp-19,
+    0x1.af5f693dfe9d8p-26};
+
+// cosh r from x on, x = r^2, |x| <= 0.120361328125, error below 2^-57.
+constexpr double kCoshSeries[] = {
+    0x1.000000000000cp-1, 0x1.555555554fe1p-5, 0x1.6c16c186060a9p-10, 0x1.a01995b7d1278p-16,
+    0x1.28b0ff3e7f2d1p-22};
+
+// (sinh r)/r from x on, x = r^2, |x| <= 0.120361328125, error below 2^-37.
+constexpr double kSinhShortSeries[] = {
+    0x1.5555557387a68p-3, 0x1.1110b1b1c0721p-7, 0x1.a17026e3f87c1p-13};
+
+// (sinh r)/r from x on, x = r^2, |x| <= 0.120361328125, error below 2^-26.
+constexpr double kSinhShortSeriesInCosh[] = {
+    0x1.5554af64cd50ap-3, 0x1.122816835d735p-7};
+
+// cosh r from x on, x = r^2, |x| <= 0.120361328125, error below 2^-34.
+constexpr double kCoshShortSeries[] = {
+    0x1.00000043432f8p-1, 0x1.55547fd975128p-5, 0x1.6d96e7066c3abp-10};
+
+// (sinh r)/r from x on, x = r^2, |x| <= 4.7016143798828125e-4, error below 2^-31.
+constexpr float kSinhSeries16F[] = {
+    0x1.555708p-3f};
+
+// cosh r from x on, x = r^2, |x| <= 4.7016143798828125e-4, error below 2^-29.
+constexpr float kCoshSeries16F[] = {
+    0x1.00022p-1f};
+
+// (sinh r)/r from x on, x = r^2, |x| <= 0.120361328125, error below 2^-34.
+constexpr float kSinhSeriesF[] = {
+    0x1.555556p-3f, 0x1.110fe2p-7f, 0x1.a28f26p-13f};
+
+// cosh r from x on, x = r^2, |x| <= 0.120361328125, error below 2^-33.
+constexpr float kCoshSeriesF[] = {
+    0x1p-1f, 0x1.5554e4p-5f, 0x1.6d5164p-10f};
+
+// (sinh r)/r from x on, x = r^2, |x| <= 0.120361328125, error below 2^-15.
+constexpr float kSinhShortSeriesF[] = {
+    0x1.570956p-3f};
+
+// cosh r from x on, x = r^2, |x| <= 0.120361328125, error below 2^-13.
+constexpr float kCoshShortSeriesF[] = {
+    0x1.021fbap-1f};
+
 }  // namespace
 }  // namespace orba::ORBA_CLASS_NAMESPACE

@@ -80,6 +80,13 @@ struct ExpQuotient {
     shifted = mul_add(x, V(ExpConstants<V>::log2e), shifter);
     value = shifted - shifter;
   }
+  // That of -x.
+  ORBA_INLINE ExpQuotient negated() const {
+    ExpQuotient k;
+    k.shifted = V(2 * ExpConstants<V>::shifter / rows) - shifted;
+    k.value = negate(value);
+    return k;
+  }
   ORBA_INLINE typename V::Bits bits() const { return as_bits(shifted); }
   ORBA_INLINE Pair<V> row() const { return lookup(Rows::pairs, bits()); }
   ORBA_INLINE V row_head() const { return lookup(Rows::heads, bits()); }
@@ -114,6 +121,9 @@ struct ExpQuotient {
     const V t = as_float(as_bits(head) + shl<shift>(row));
     return as_float(as_bits(mul_add(t, p, t)) + shl<shift>(bits() - row));
   }
+
+ private:
+  ExpQuotient() = default;
 };
 
 // 2^(k/rows) * e^r in full, with the coefficients of (e^r - 1 - r)/r^2. Of an argument given as a

@@ -1,0 +1,5 @@
+// Cosh: the hyperbolic cosine. KAM_STATUS_OVERFLOW where it is above the finite numbers.
+#include "vector/kernels/hyperbolic/sinh_cosh_kernel.h"
+
+ORBA_SINH_OR_COSH(d, Cosh, F64)
+ORBA_SINH_OR_COSH(s, Cosh, F32)
