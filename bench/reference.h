@@ -15,6 +15,7 @@ __float128 logq(__float128);
 __float128 log10q(__float128);
 __float128 log1pq(__float128);
 __float128 sqrtq(__float128);
+__float128 cbrtq(__float128);
 __float128 sinq(__float128);
 __float128 cosq(__float128);
 __float128 tanq(__float128);
@@ -32,6 +33,7 @@ using Complex = std::complex<__float128>;
 
 inline Real abs(Real x) { return x < 0 ? -x : x; }
 inline Real sqrt(Real x) { return sqrtq(x); }
+inline Real cbrt(Real x) { return cbrtq(x); }
 inline Real exp(Real x) { return expq(x); }
 inline Real expm1(Real x) { return expm1q(x); }
 inline Real log(Real x) { return logq(x); }

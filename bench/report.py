@@ -46,7 +46,7 @@ class Goal:
 
 
 ELEMENTARY = ("Exp Expm1 Ln Log10 Log1p Sin Cos SinCos Tan "
-              "Asin Acos Atan Atan2")
+              "Asin Acos Atan Atan2 Cbrt")
 GOALS = (
     Goal("Add Sub Mul Sqr Abs", ACCURACIES, "compiled loop", compiled_loop, round(1 / 1.1, 2)),
     Goal("InvSqrt", ("LA",), "compiled loop", compiled_loop, 2.0),

@@ -71,6 +71,7 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_REAL_LOOPS(d, double);
   ORBA_COMPLEX_LOOPS(c, KamComplex8);
   ORBA_COMPLEX_LOOPS(z, KamComplex16);
+  ORBA_LIBM_LOOP(Cbrt, cbrt);
   ORBA_LIBM_LOOP(Exp, exp);
   ORBA_LIBM_LOOP(Expm1, expm1);
   ORBA_LIBM_LOOP(Ln, log);

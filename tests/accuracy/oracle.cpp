@@ -104,6 +104,19 @@ const Oracle kOracles[] = {
        if (mpfr_zero_p(a[0])) mpfr_setsign(r[0], r[0], mpfr_signbit(a[0]), kNearest);
      },
      ORBA_WIDE(x == 0 ? 1 / x : 1 / std::sqrt(x)), zero_or_negative},
+    {"Cbrt", false, ORBA_UNARY(mpfr_cbrt), ORBA_WIDE(std::cbrt(x)), never},
+    {"InvCbrt", false,
+     [](mpfr_t* r, mpfr_t* a, mpfr_t*) {
+       mpfr_cbrt(r[0], a[0], kNearest);
+       mpfr_ui_div(r[0], 1, r[0], kNearest);
+     },
+     ORBA_WIDE(1 / std::cbrt(x)), zero_input},
+    {"Pow2o3", false,
+     [](mpfr_t* r, mpfr_t* a, mpfr_t*) {
+       mpfr_sqr(r[0], a[0], kNearest);
+       mpfr_cbrt(r[0], r[0], kNearest);
+     },
+     ORBA_WIDE(std::cbrt(x * x)), never},
     {"Exp", false, ORBA_UNARY(mpfr_exp), ORBA_WIDE(std::exp(x)), exponential},
     {"Expm1", false, ORBA_UNARY(mpfr_expm1), ORBA_WIDE(std::expm1(x)), finite_overflow, kByMode,
      far_from_zero},

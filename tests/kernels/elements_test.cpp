@@ -95,8 +95,9 @@ constexpr struct {
   std::string_view function;
   int parity, parity_of_second;
 } kSymmetries[] = {
-    {"Sin", kOdd, 0}, {"Cos", kEven, 0}, {"SinCos", kOdd, kEven},
-    {"Tan", kOdd, 0}, {"Asin", kOdd, 0}, {"Atan", kOdd, 0},
+    {"Sin", kOdd, 0},  {"Cos", kEven, 0},    {"SinCos", kOdd, kEven},
+    {"Tan", kOdd, 0},  {"Asin", kOdd, 0},    {"Atan", kOdd, 0},
+    {"Cbrt", kOdd, 0}, {"InvCbrt", kOdd, 0}, {"Pow2o3", kEven, 0},
 };
 
 TEST(Elements, OfOddAndEvenFunctions) {
