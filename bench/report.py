@@ -55,6 +55,9 @@ GOALS = (
     Goal(ELEMENTARY, ("LA",), "peer below 1 ULP", below(1), 1.5),
     Goal(ELEMENTARY, ("HA",), "peer below 1 ULP", below(1), 1.15),
     Goal(ELEMENTARY, ("EP",), "peer below 4 ULP", below(4), 1.5),
+    Goal("Hypot", ("LA",), "peer below 1 ULP", below(1), 1.5),
+    Goal("Hypot", ("HA",), "peer below 1 ULP", below(1), 1.15),
+    Goal("Hypot", ("EP",), "peer below 4 ULP", below(4), 1.15),
 )
 CALL_GOAL = ("vdAdd", 8, 15.0)  # function, n, nanoseconds
 

@@ -61,6 +61,7 @@ ORBA_DECLARE_LIBMVEC(asin)
 ORBA_DECLARE_LIBMVEC(acos)
 ORBA_DECLARE_LIBMVEC(atan)
 ORBA_DECLARE_LIBMVEC_2(atan2)
+ORBA_DECLARE_LIBMVEC_2(hypot)
 #endif
 
 namespace orba::bench::ORBA_CLASS_NAMESPACE {
@@ -169,6 +170,7 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBMVEC_PEER(Acos, acos);
   ORBA_LIBMVEC_PEER(Atan, atan);
   ORBA_LIBMVEC_PEER_2(Atan2, atan2);
+  ORBA_LIBMVEC_PEER_2(Hypot, hypot);
 #endif
 #if ORBA_BENCH_SLEEF
   ORBA_SLEEF_PEER(Sqrt, sqrt, u05);
@@ -197,6 +199,8 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_SLEEF_PEER(Atan, atan, u35);
   ORBA_SLEEF_PEER_2(Atan2, atan2, u10);
   ORBA_SLEEF_PEER_2(Atan2, atan2, u35);
+  ORBA_SLEEF_PEER_2(Hypot, hypot, u05);
+  ORBA_SLEEF_PEER_2(Hypot, hypot, u35);
 #endif
 #if ORBA_BENCH_XSIMD
   ORBA_XSIMD_PEER(Sqrt, sqrt);
@@ -213,6 +217,7 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_XSIMD_PEER(Acos, acos);
   ORBA_XSIMD_PEER(Atan, atan);
   ORBA_XSIMD_PEER_2(Atan2, atan2);
+  ORBA_XSIMD_PEER_2(Hypot, hypot);
 #endif
 }
 

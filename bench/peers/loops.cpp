@@ -83,6 +83,8 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBM_LOOP(Asin, asin);
   ORBA_LIBM_LOOP(Acos, acos);
   ORBA_LIBM_LOOP(Atan, atan);
+  ORBA_LOOP_2(s, float, Hypot, hypotf(p, q));
+  ORBA_LOOP_2(d, double, Hypot, hypot(p, q));
   ORBA_LOOP_2(s, float, Atan2, atan2f(p, q));
   ORBA_LOOP_2(d, double, Atan2, atan2(p, q));
 }

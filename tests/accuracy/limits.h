@@ -28,7 +28,8 @@ struct Limits {
   double ep;      // relative error, of a complex result against its larger part
   int points;     // random ones in the tests, in thousands
   // Arguments of functions of one input. Functions of two inputs get pairs whose exponents are
-  // independent, near each other, or such that the product or quotient is at the edge of the range.
+  // independent, near each other at several distances, or such that the product or quotient is at
+  // the edge of the range.
   std::vector<Span> spans;
   // Points, of either sign, whose neighbours are all tried: 4000 on each side. For functions of
   // two inputs they are values of the second input.

@@ -77,6 +77,13 @@ void divide(mpfr_t* r, mpfr_t* a, mpfr_t* b) {
   mpfr_clear(norm);
 }
 
+// By definition 0 where half a unit is about to show in double precision.
+void pow_3o2(mpfr_t* r, mpfr_t* a, mpfr_t*) {
+  mpfr_pow_ui(r[0], a[0], 3, kNearest);
+  mpfr_sqrt(r[0], r[0], kNearest);
+  if (mpfr_cmp_d(a[0], 0x1.ffp-717) < 0 && mpfr_sgn(a[0]) >= 0) mpfr_set_zero(r[0], 1);
+}
+
 #define ORBA_UNARY(f) [](mpfr_t* r, mpfr_t* a, mpfr_t*) { f(r[0], a[0], kNearest); }
 #define ORBA_BINARY(f) [](mpfr_t* r, mpfr_t* a, mpfr_t* b) { f(r[0], a[0], b[0], kNearest); }
 #define ORBA_PARTS(f)                   \
@@ -116,7 +123,9 @@ const Oracle kOracles[] = {
        mpfr_sqr(r[0], a[0], kNearest);
        mpfr_cbrt(r[0], r[0], kNearest);
      },
-     ORBA_WIDE(std::cbrt(x * x)), never},
+     ORBA_WIDE(std::cbrt(x* x)), never},
+    {"Pow3o2", false, pow_3o2, ORBA_WIDE(x* std::sqrt(x)), negative},
+    {"Hypot", false, ORBA_BINARY(mpfr_hypot), nullptr, never},
     {"Exp", false, ORBA_UNARY(mpfr_exp), ORBA_WIDE(std::exp(x)), exponential},
     {"Expm1", false, ORBA_UNARY(mpfr_expm1), ORBA_WIDE(std::expm1(x)), finite_overflow, kByMode,
      far_from_zero},

@@ -64,7 +64,7 @@ class Sampler {
            {-Real{0}, Numbers::infinity(), -Numbers::infinity(), Numbers::quiet_NaN()})
         push(x);
     } else {
-      for (int64_t i = 0; i < points; ++i) push_pair(static_cast<int>(i % (parts_ == 2 ? 6 : 5)));
+      for (int64_t i = 0; i < points; ++i) push_pair(static_cast<int>(i % 6));
     }
     if (const auto& zoom = limits_.plot.zoom) {
       for (int64_t i = 0; i < points / 8; ++i) {
@@ -165,10 +165,15 @@ class Sampler {
         element(a, ea);
         for (int part = 0; part < parts_; ++part) b[part] = close_to(a[part]);
         break;
-      default:  // a part of the complex product cancels
-        element(a, exponent(kLowExponent / 2, kHighExponent / 2));
-        b[0] = close_to(a[1]);
-        b[1] = close_to(a[0]);
+      default:
+        if (parts_ == 1) {  // near each other in size, so that both show in a sum
+          element(a, ea);
+          element(b, ea + exponent(-Numbers::digits, Numbers::digits));
+        } else {  // a part of the complex product cancels
+          element(a, exponent(kLowExponent / 2, kHighExponent / 2));
+          b[0] = close_to(a[1]);
+          b[1] = close_to(a[0]);
+        }
     }
     next();
   }
