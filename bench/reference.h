@@ -15,6 +15,7 @@ __float128 logq(__float128);
 __float128 log10q(__float128);
 __float128 log1pq(__float128);
 __float128 sqrtq(__float128);
+__float128 cbrtq(__float128);
 __float128 sinq(__float128);
 __float128 cosq(__float128);
 __float128 tanq(__float128);
@@ -22,6 +23,9 @@ __float128 asinq(__float128);
 __float128 acosq(__float128);
 __float128 atanq(__float128);
 __float128 atan2q(__float128, __float128);
+__float128 sinhq(__float128);
+__float128 coshq(__float128);
+__float128 tanhq(__float128);
 __float128 asinhq(__float128);
 __float128 acoshq(__float128);
 __float128 atanhq(__float128);
@@ -41,6 +45,7 @@ using Complex = std::complex<__float128>;
 
 inline Real abs(Real x) { return x < 0 ? -x : x; }
 inline Real sqrt(Real x) { return sqrtq(x); }
+inline Real cbrt(Real x) { return cbrtq(x); }
 inline Real exp(Real x) { return expq(x); }
 inline Real expm1(Real x) { return expm1q(x); }
 inline Real log(Real x) { return logq(x); }
@@ -53,6 +58,9 @@ inline Real asin(Real x) { return asinq(x); }
 inline Real acos(Real x) { return acosq(x); }
 inline Real atan(Real x) { return atanq(x); }
 inline Real atan2(Real y, Real x) { return atan2q(y, x); }
+inline Real sinh(Real x) { return sinhq(x); }
+inline Real cosh(Real x) { return coshq(x); }
+inline Real tanh(Real x) { return tanhq(x); }
 inline Real asinh(Real x) { return asinhq(x); }
 inline Real acosh(Real x) { return acoshq(x); }
 inline Real atanh(Real x) { return atanhq(x); }

@@ -46,7 +46,7 @@ class Goal:
 
 
 ELEMENTARY = ("Exp Expm1 Ln Log10 Log1p Sin Cos SinCos Tan "
-              "Asin Acos Atan Atan2 Asinh Acosh Atanh")
+              "Asin Acos Atan Atan2 Sinh Cosh Tanh Asinh Acosh Atanh Pow Powx Cbrt")
 GOALS = (
     Goal("Add Sub Mul Sqr Abs", ACCURACIES, "compiled loop", compiled_loop, round(1 / 1.1, 2)),
     Goal("InvSqrt", ("LA",), "compiled loop", compiled_loop, 2.0),
@@ -55,6 +55,9 @@ GOALS = (
     Goal(ELEMENTARY, ("LA",), "peer below 1 ULP", below(1), 1.5),
     Goal(ELEMENTARY, ("HA",), "peer below 1 ULP", below(1), 1.15),
     Goal(ELEMENTARY, ("EP",), "peer below 4 ULP", below(4), 1.5),
+    Goal("Hypot", ("LA",), "peer below 1 ULP", below(1), 1.5),
+    Goal("Hypot", ("HA",), "peer below 1 ULP", below(1), 1.15),
+    Goal("Hypot", ("EP",), "peer below 4 ULP", below(4), 1.15),
 )
 CALL_GOAL = ("vdAdd", 8, 15.0)  # function, n, nanoseconds
 

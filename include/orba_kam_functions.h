@@ -174,6 +174,60 @@ void vmdInvSqrt(int32_t n, const double* a, double* y, uint32_t mode);
 void vdinvsqrt(const int32_t* n, const double* a, double* y);
 void vmdinvsqrt(const int32_t* n, const double* a, double* y, const uint32_t* mode);
 
+/* Cube root a^(1/3); any argument, zeros keep their sign. */
+void vsCbrt(int32_t n, const float* a, float* y);
+void vmsCbrt(int32_t n, const float* a, float* y, uint32_t mode);
+void vscbrt(const int32_t* n, const float* a, float* y);
+void vmscbrt(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdCbrt(int32_t n, const double* a, double* y);
+void vmdCbrt(int32_t n, const double* a, double* y, uint32_t mode);
+void vdcbrt(const int32_t* n, const double* a, double* y);
+void vmdcbrt(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Reciprocal cube root a^(-1/3); any argument. KAM_STATUS_SING at both zeros (infinity by the sign of
+ * zero); infinities give zeros of their sign. */
+void vsInvCbrt(int32_t n, const float* a, float* y);
+void vmsInvCbrt(int32_t n, const float* a, float* y, uint32_t mode);
+void vsinvcbrt(const int32_t* n, const float* a, float* y);
+void vmsinvcbrt(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdInvCbrt(int32_t n, const double* a, double* y);
+void vmdInvCbrt(int32_t n, const double* a, double* y, uint32_t mode);
+void vdinvcbrt(const int32_t* n, const double* a, double* y);
+void vmdinvcbrt(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Square of the cube root, |a|^(2/3); any argument. */
+void vsPow2o3(int32_t n, const float* a, float* y);
+void vmsPow2o3(int32_t n, const float* a, float* y, uint32_t mode);
+void vspow2o3(const int32_t* n, const float* a, float* y);
+void vmspow2o3(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdPow2o3(int32_t n, const double* a, double* y);
+void vmdPow2o3(int32_t n, const double* a, double* y, uint32_t mode);
+void vdpow2o3(const int32_t* n, const double* a, double* y);
+void vmdpow2o3(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* a^(3/2). Domain a >= 0, KAM_STATUS_ERRDOM below; 0 for both zeros, and in double precision below
+ * 0x1.ffp-717, where only the smallest number could be nearer. Results that overflow are infinite and not
+ * reported; denormal ones are rounded once. */
+void vsPow3o2(int32_t n, const float* a, float* y);
+void vmsPow3o2(int32_t n, const float* a, float* y, uint32_t mode);
+void vspow3o2(const int32_t* n, const float* a, float* y);
+void vmspow3o2(const int32_t* n, const float* a, float* y, const uint32_t* mode);
+void vdPow3o2(int32_t n, const double* a, double* y);
+void vmdPow3o2(int32_t n, const double* a, double* y, uint32_t mode);
+void vdpow3o2(const int32_t* n, const double* a, double* y);
+void vmdpow3o2(const int32_t* n, const double* a, double* y, const uint32_t* mode);
+
+/* Hypotenuse sqrt(a^2 + b^2), of any arguments: no square overflows or underflows on the way. Infinity
+ * if either argument is infinite, whatever the other; a result that overflows is not reported. */
+void vsHypot(int32_t n, const float* a, const float* b, float* y);
+void vmsHypot(int32_t n, const float* a, const float* b, float* y, uint32_t mode);
+void vshypot(const int32_t* n, const float* a, const float* b, float* y);
+void vmshypot(const int32_t* n, const float* a, const float* b, float* y, const uint32_t* mode);
+void vdHypot(int32_t n, const double* a, const double* b, double* y);
+void vmdHypot(int32_t n, const double* a, const double* b, double* y, uint32_t mode);
+void vdhypot(const int32_t* n, const double* a, const double* b, double* y);
+void vmdhypot(const int32_t* n, const double* a, const double* b, double* y, const uint32_t* mode);
+
 /* Exponential e^a. KAM_STATUS_OVERFLOW for a finite argument above 709.78 (in single precision
  * 88.72), KAM_STATUS_UNDERFLOW for a finite one whose result is denormal or zero. */
 void vsExp(int32_t n, const float* a, float* y);

@@ -48,6 +48,7 @@
 #  define ORBA_DECLARE_LIBMVEC_2(name)                                               \
     extern "C" ORBA_VECTOR_d ORBA_LIBMVEC_d(vv, name)(ORBA_VECTOR_d, ORBA_VECTOR_d); \
     extern "C" ORBA_VECTOR_s ORBA_LIBMVEC_s(vv, name)(ORBA_VECTOR_s, ORBA_VECTOR_s);
+ORBA_DECLARE_LIBMVEC(cbrt)
 ORBA_DECLARE_LIBMVEC(exp)
 ORBA_DECLARE_LIBMVEC(expm1)
 ORBA_DECLARE_LIBMVEC(log)
@@ -67,6 +68,7 @@ ORBA_DECLARE_LIBMVEC_2(pow)
 ORBA_DECLARE_LIBMVEC(sinh)
 ORBA_DECLARE_LIBMVEC(cosh)
 ORBA_DECLARE_LIBMVEC(tanh)
+ORBA_DECLARE_LIBMVEC_2(hypot)
 #endif
 
 namespace orba::bench::ORBA_CLASS_NAMESPACE {
@@ -177,6 +179,7 @@ struct Vector_s {
 
 extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink sink) {
 #if ORBA_BENCH_LIBMVEC
+  ORBA_LIBMVEC_PEER(Cbrt, cbrt);
   ORBA_LIBMVEC_PEER(Exp, exp);
   ORBA_LIBMVEC_PEER(Expm1, expm1);
   ORBA_LIBMVEC_PEER(Ln, log);
@@ -197,10 +200,13 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBMVEC_PEER(Sinh, sinh);
   ORBA_LIBMVEC_PEER(Cosh, cosh);
   ORBA_LIBMVEC_PEER(Tanh, tanh);
+  ORBA_LIBMVEC_PEER_2(Hypot, hypot);
 #endif
 #if ORBA_BENCH_SLEEF
   ORBA_SLEEF_PEER(Sqrt, sqrt, u05);
   ORBA_SLEEF_PEER(Sqrt, sqrt, u35);
+  ORBA_SLEEF_PEER(Cbrt, cbrt, u10);
+  ORBA_SLEEF_PEER(Cbrt, cbrt, u35);
   ORBA_SLEEF_PEER(Exp, exp, u10);
   ORBA_SLEEF_PEER(Expm1, expm1, u10);
   ORBA_SLEEF_PEER(Ln, log, u10);
@@ -234,9 +240,12 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_SLEEF_PEER(Cosh, cosh, u35);
   ORBA_SLEEF_PEER(Tanh, tanh, u10);
   ORBA_SLEEF_PEER(Tanh, tanh, u35);
+  ORBA_SLEEF_PEER_2(Hypot, hypot, u05);
+  ORBA_SLEEF_PEER_2(Hypot, hypot, u35);
 #endif
 #if ORBA_BENCH_XSIMD
   ORBA_XSIMD_PEER(Sqrt, sqrt);
+  ORBA_XSIMD_PEER(Cbrt, cbrt);
   ORBA_XSIMD_PEER(Exp, exp);
   ORBA_XSIMD_PEER(Expm1, expm1);
   ORBA_XSIMD_PEER(Ln, log);
@@ -256,6 +265,7 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_XSIMD_PEER(Sinh, sinh);
   ORBA_XSIMD_PEER(Cosh, cosh);
   ORBA_XSIMD_PEER(Tanh, tanh);
+  ORBA_XSIMD_PEER_2(Hypot, hypot);
 #endif
 }
 

@@ -124,6 +124,7 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_REAL_LOOPS(d, double);
   ORBA_COMPLEX_LOOPS(c, KamComplex8);
   ORBA_COMPLEX_LOOPS(z, KamComplex16);
+  ORBA_LIBM_LOOP(Cbrt, cbrt);
   ORBA_LIBM_LOOP(Exp, exp);
   ORBA_LIBM_LOOP(Expm1, expm1);
   ORBA_LIBM_LOOP(Ln, log);
@@ -150,6 +151,8 @@ extern "C" __attribute__((visibility("default"))) void ORBA_PEER_ENTRY(PeerSink 
   ORBA_LIBM_LOOP(Sinh, sinh);
   ORBA_LIBM_LOOP(Cosh, cosh);
   ORBA_LIBM_LOOP(Tanh, tanh);
+  ORBA_LOOP_2(s, float, Hypot, hypotf(p, q));
+  ORBA_LOOP_2(d, double, Hypot, hypot(p, q));
   ORBA_LOOP_2(s, float, Atan2, atan2f(p, q));
   ORBA_LOOP_2(d, double, Atan2, atan2(p, q));
   ORBA_LIBM_LOOP(Asinh, asinh);

@@ -201,24 +201,60 @@ TEST_P(Kernels, AgreeOnSpecialParts) {
   });
 }
 
-// 10^22 (10^10) is the last power that the type holds exactly; those above are the nearest numbers,
-// whose logarithms round to the exponent too.
-TEST(Log10, OfPowersOfTenIsExact) {
+template <class Real>
+struct ExactCases {
+  std::vector<Real> a, b, results;
+  void add(double x, double y, double result) {
+    a.push_back(static_cast<Real>(x));
+    b.push_back(static_cast<Real>(y));
+    results.push_back(static_cast<Real>(result));
+  }
+};
+
+// Arguments whose exact results the type holds, of functions that are not exact by themselves.
+template <class Real>
+ExactCases<Real> exact_cases(std::string_view function) {
+  using Numbers = std::numeric_limits<Real>;
+  constexpr int kRoots = 1 << Numbers::digits / 3;  // whose cubes the type holds
+  constexpr int kLowest = Numbers::min_exponent - Numbers::digits;
+  ExactCases<Real> cases;
+  if (function == "Log10") {
+    // 10^22 (10^10) is the last power that the type holds exactly; those above are the nearest numbers,
+    // whose logarithms round to the exponent too.
+    for (int i = 1; i <= Numbers::max_exponent10; ++i)
+      cases.add(static_cast<double>(std::pow(10.0L, i)), 0, i);
+  } else if (function == "InvCbrt") {
+    for (int k = kLowest / 3; 3 * k < Numbers::max_exponent; ++k)
+      cases.add(std::ldexp(-1.0, 3 * k), 0, std::ldexp(-1.0, -k));
+  } else if (function == "Hypot") {
+    for (int m = 2; m < 1000; ++m) {
+      const int n = 1 + m * 7 % (m - 1),
+                k = kLowest + m * 41 % (Numbers::max_exponent - 22 - kLowest);
+      cases.add(std::ldexp(m * m - n * n, k), std::ldexp(-2 * m * n, k),
+                std::ldexp(m * m + n * n, k));
+    }
+  } else {
+    for (int i = 1; i < kRoots; ++i) {
+      const int k = kLowest / 6 + i % ((Numbers::max_exponent - kLowest) / 6);
+      const double x = i, square = x * x, cube = square * x;
+      if (function == "Cbrt") cases.add(std::ldexp(-cube, 3 * k), 0, std::ldexp(-x, k));
+      if (function == "Pow2o3") cases.add(std::ldexp(-cube, 3 * k), 0, std::ldexp(square, 2 * k));
+      if (function == "Pow3o2") cases.add(std::ldexp(square, 2 * k), 0, std::ldexp(cube, 3 * k));
+    }
+  }
+  return cases;
+}
+
+TEST(ExactResults, AreGivenAtHighAccuracy) {
   for (const Subject& subject : subjects()) {
-    if (subject.function != std::string_view("Log10")) continue;
+    if (subject.complex()) continue;
     with_type(subject, [&]<class Type>(Type) {
-      using Real = typename Type::Real;
-      std::vector<Real> powers, exponents;
-      for (int i = 1; i <= std::numeric_limits<Real>::max_exponent10; ++i) {
-        powers.push_back(static_cast<Real>(std::pow(10.0L, i)));
-        exponents.push_back(static_cast<Real>(i));
-      }
+      const auto& [a, b, results] = exact_cases<typename Type::Real>(subject.function);
       for_each_contender(subject, [&](uint32_t accuracy, auto kernel, const std::string& name) {
-        if (accuracy != KAM_HA) return;
-        std::vector<Real> got(powers.size());
-        call<Type>(subject, kernel, static_cast<int>(powers.size()), powers.data(), powers.data(),
-                   got.data());
-        EXPECT_EQ(got, exponents) << subject.name() << " " << name;
+        if (accuracy != KAM_HA || a.empty()) return;
+        std::vector<typename Type::Real> got(a.size());
+        call<Type>(subject, kernel, static_cast<int>(a.size()), a.data(), b.data(), got.data());
+        EXPECT_EQ(got, results) << subject.name() << " " << name;
       });
     });
   }

@@ -26,6 +26,7 @@ enum class Pairs {
   kOrdinary,      // around 1
   kProduct,       // at the edge of the range: the product,
   kQuotient,      // the quotient
+  kNear,          // near each other in size, so that both show in a sum
   kSum,           // cancels: the sum or the difference,
   kParts,         // a part of the complex product
   kPower,         // a^b: within the range and a little beyond,

@@ -100,6 +100,13 @@ Real linear_fraction(Real a, Real b) {
   return (a * s[0] + s[1]) / (b * s[2] + s[3]);
 }
 
+// By definition 0 where half a unit is about to show in double precision.
+void pow_3o2(mpfr_t* r, mpfr_t* a, mpfr_t*) {
+  mpfr_pow_ui(r[0], a[0], 3, kNearest);
+  mpfr_sqrt(r[0], r[0], kNearest);
+  if (mpfr_cmp_d(a[0], 0x1.ffp-717) < 0 && mpfr_sgn(a[0]) >= 0) mpfr_set_zero(r[0], 1);
+}
+
 #define ORBA_UNARY(f) [](mpfr_t* r, mpfr_t* a, mpfr_t*) { f(r[0], a[0], kNearest); }
 #define ORBA_BINARY(f) [](mpfr_t* r, mpfr_t* a, mpfr_t* b) { f(r[0], a[0], b[0], kNearest); }
 #define ORBA_PARTS(f)                   \
@@ -127,6 +134,21 @@ const Oracle kOracles[] = {
        if (mpfr_zero_p(a[0])) mpfr_setsign(r[0], r[0], mpfr_signbit(a[0]), kNearest);
      },
      ORBA_WIDE(x == 0 ? 1 / x : 1 / std::sqrt(x)), zero_or_negative},
+    {"Cbrt", false, ORBA_UNARY(mpfr_cbrt), ORBA_WIDE(std::cbrt(x)), never},
+    {"InvCbrt", false,
+     [](mpfr_t* r, mpfr_t* a, mpfr_t*) {
+       mpfr_cbrt(r[0], a[0], kNearest);
+       mpfr_ui_div(r[0], 1, r[0], kNearest);
+     },
+     ORBA_WIDE(1 / std::cbrt(x)), zero_input},
+    {"Pow2o3", false,
+     [](mpfr_t* r, mpfr_t* a, mpfr_t*) {
+       mpfr_sqr(r[0], a[0], kNearest);
+       mpfr_cbrt(r[0], r[0], kNearest);
+     },
+     ORBA_WIDE(std::cbrt(x* x)), never},
+    {"Pow3o2", false, pow_3o2, ORBA_WIDE(x* std::sqrt(x)), negative},
+    {"Hypot", false, ORBA_BINARY(mpfr_hypot), nullptr, never},
     {"Exp", false, ORBA_UNARY(mpfr_exp), ORBA_WIDE(std::exp(x)), exponential},
     {"Expm1", false, ORBA_UNARY(mpfr_expm1), ORBA_WIDE(std::expm1(x)), finite_overflow, kByMode,
      far_from_zero},

@@ -147,7 +147,7 @@ class Sampler {
   void push_pairs(int64_t points) {
     std::vector<Pairs> kinds = limits_.pairs;
     if (kinds.empty()) kinds = {kAny, kOrdinary, kProduct, kQuotient, kSum};
-    if (limits_.pairs.empty() && parts_ == 2) kinds.push_back(kParts);
+    if (limits_.pairs.empty()) kinds.push_back(parts_ == 2 ? kParts : kNear);
     for (int64_t i = 0, turn = 0; i < points; ++i, ++turn) {
       Real* a = &batch_.a[batch_.count * parts_];
       Real* b = &batch_.b[batch_.count * parts_];
@@ -186,6 +186,10 @@ class Sampler {
       case kSum:
         element(a, ea);
         for (int part = 0; part < parts_; ++part) b[part] = close_to(a[part]);
+        break;
+      case kNear:
+        element(a, ea);
+        element(b, ea + exponent(-Numbers::digits, Numbers::digits));
         break;
       case kParts:
         element(a, exponent(kLowExponent / 2, kHighExponent / 2));

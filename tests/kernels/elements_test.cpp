@@ -95,9 +95,11 @@ constexpr struct {
   std::string_view function;
   int parity, parity_of_second;
 } kSymmetries[] = {
-    {"Sin", kOdd, 0},       {"Cos", kEven, 0}, {"SinCos", kOdd, kEven}, {"Tan", kOdd, 0},
-    {"Asin", kOdd, 0},      {"Atan", kOdd, 0}, {"Trunc", kOdd, 0},      {"Round", kOdd, 0},
-    {"NearbyInt", kOdd, 0}, {"Rint", kOdd, 0}, {"Modf", kOdd, kOdd},
+    {"Sin", kOdd, 0},       {"Cos", kEven, 0},    {"SinCos", kOdd, kEven}, {"Tan", kOdd, 0},
+    {"Asin", kOdd, 0},      {"Atan", kOdd, 0},    {"Sinh", kOdd, 0},       {"Cosh", kEven, 0},
+    {"Tanh", kOdd, 0},      {"Asinh", kOdd, 0},   {"Atanh", kOdd, 0},      {"Cbrt", kOdd, 0},
+    {"InvCbrt", kOdd, 0},   {"Pow2o3", kEven, 0}, {"Trunc", kOdd, 0},      {"Round", kOdd, 0},
+    {"NearbyInt", kOdd, 0}, {"Rint", kOdd, 0},    {"Modf", kOdd, kOdd},
 };
 
 TEST(Elements, OfOddAndEvenFunctions) {
