@@ -191,7 +191,7 @@ ORBA_INLINE void run_powx(int32_t n, const E* a, E b, E* y, const char* name) {
 }  // namespace orba::ORBA_CLASS_NAMESPACE
 
 #define ORBA_POWX_KERNEL(t, suffix, accuracy, Pow)      \
-  ORBA_KERNEL_ENTRY(1i_scalar_1o, t, Powx, suffix) {           \
+  ORBA_KERNEL_ENTRY(1i_scalar_1o, t, Powx, suffix) {    \
     using namespace orba::ORBA_CLASS_NAMESPACE;         \
     run_powx<Pow, accuracy>(n, a, b, y, "v" #t "Powx"); \
   }
