@@ -29,9 +29,9 @@ struct TanhData<F64> {
   static constexpr double saturated = 20;
 };
 template <>
-struct TanhData<F32> {
-  static constexpr auto& series = kTanhSeriesF;
-  static constexpr auto& series_short = kTanhShortSeriesF;
+struct TanhData<F32> {  // not on the classes that compute floats in doubles
+  [[maybe_unused]] static constexpr auto& series = kTanhSeriesF;
+  [[maybe_unused]] static constexpr auto& series_short = kTanhShortSeriesF;
   static constexpr float saturated = 10;
 };
 
